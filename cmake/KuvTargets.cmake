@@ -18,7 +18,7 @@ function(kuv_target_defaults target)
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wdouble-promotion -Wshadow
     -Wnon-virtual-dtor -Wold-style-cast -Wcast-align -Wunused -Woverloaded-virtual
-    -Wnull-dereference -Wformat=2 -Wimplicit-fallthrough -Wextra-semi
+    -Wformat=2 -Wimplicit-fallthrough -Wextra-semi
     # The same floats on every compiler and at every level of optimisation.
     -ffp-contract=off)
   if(KUV_WERROR)
