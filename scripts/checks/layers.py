@@ -67,7 +67,7 @@ ALLOWED = {
     "consumer": {"std", "host", "include"},
     "module tests": MODULE_TEST,
     "standalone tests": TEST | {"host", "include", "core", "import", "paint", "view3d", "widgets", "occt", "assimp", "qt"},
-    "apps tests": TEST | PROGRAM,
+    "apps tests": TEST | PROGRAM | {"dataviz"},
     # The reader of tree files is fuzzed too, and labels are timed with a real font.
     "fuzz": MODULE_TEST | {"fuzzer", "dataviz"},
     "benchmarks": MODULE_TEST | {"benchmark", "paint", "qt"},

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace dataviz {
+
+/// Why a piece of work failed, in the parts of the one line "dataviz: FILE: reason".
+struct Failure {
+    std::string file;    ///< as the user gave it; empty for the command's input
+    std::string reason;  ///< one line
+};
+
+/// How the work talks to the supervising process. Lives in the child process.
+class WorkChannel {
+public:
+    /// Writes to the descriptor, which stays the caller's.
+    explicit WorkChannel(int descriptor) : descriptor_(descriptor) {}
+
+    /// Something that the user should know; the work goes on.
+    void Warn(std::string_view text) { Send('W', text); }
+    /// What is done now; `fraction` from 0 to 1, or below 0 when nobody knows.
+    void Progress(std::string_view phase, double fraction);
+    /// Reading and meshing are over: from now on the limits hold no more.
+    void InputIsRead();
+    /// The work cannot be finished. Nothing else is sent after it.
+    void Fail(const Failure& failure);
+    /// The work is finished, with the exit status that the program should have.
+    void Finish(int status) { Send('D', std::to_string(status)); }
+
+private:
+    void Send(char kind, std::string_view text);
+
+    int descriptor_;
+};
+
+/// What may be asked of the work while it reads its input. 0 stands for no limit.
+struct WorkLimits {
+    std::uint64_t megabytes = 0;
+    std::uint64_t seconds = 0;
+};
+
+/// Receives what the work says, in the supervising process.
+struct WorkListener {
+    std::function<void(std::string_view text)> warn;
+    std::function<void(std::string_view phase, double fraction)> progress;
+};
+
+struct WorkOutcome {
+    enum class Kind {
+        Finished,    ///< `status` is the exit status
+        Failed,      ///< `failure` says why
+        Interrupted  ///< by the signal `status`
+    };
+    Kind kind = Kind::Failed;
+    int status = 1;
+    Failure failure;
+};
+
+/// Runs `work` in a child process and waits for its end.
+///
+/// A crash, a loop beyond the time limit or a hunger for memory ends the child, never this process,
+/// and comes back as a failure with a reason in words. SIGINT, SIGTERM and SIGHUP end the child at
+/// once. The child's standard output and error go nowhere: libraries talk there, and the user gets
+/// one line.
+///
+/// Call it before any thread is started; the work may start threads. The memory limit counts the
+/// child's own data; an allocation beyond it fails in the child.
+WorkOutcome Supervise(const std::function<void(WorkChannel&)>& work, const WorkLimits& limits,
+                      const WorkListener& listener);
+
+}  // namespace dataviz
