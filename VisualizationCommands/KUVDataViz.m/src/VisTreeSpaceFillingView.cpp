@@ -20,6 +20,7 @@ namespace {
 /// Height of a label in nominal units; the layouts keep a band of the same height free for it.
 constexpr float LABEL_SIZE = 14.0f;
 constexpr int PLATE_RADIUS = 2;
+constexpr char ELLIPSIS[] = "...";
 
 constexpr unsigned int HOVER_FILL = 0xF1F1F1FFU;
 constexpr unsigned int SELECTED_FILL = 0xD5E8F2FFU;
@@ -785,9 +786,9 @@ void VisTreeSpaceFillingView::ComputeCroppedLabel(const KUVUnicodeString& label,
                                                   KUVCharacterFont* font, float scale,
                                                   KUVUnicodeString& shown, unsigned char& cropped)
 {
-    static const KUVUnicodeString ELLIPSIS("...");
     // `shown` always is what remains of the label, followed by the ellipsis once something was
     // taken away: no second text has to be copied in every round.
+    const KUVUnicodeString ellipsis(ELLIPSIS);
     shown = label;
     cropped = 0;
     if (!font || shown.IsEmpty())
@@ -801,12 +802,12 @@ void VisTreeSpaceFillingView::ComputeCroppedLabel(const KUVUnicodeString& label,
         if (!(static_cast<float>(width) > maximumWidth))
             return;
         if (cropped) {
-            for (std::size_t i = 0; i < ELLIPSIS.GetByteCount(); ++i)
+            for (std::size_t i = 0; i + 1 < sizeof ELLIPSIS; ++i)
                 shown.RemoveLastCharacter();
         }
         shown.RemoveLastCharacter();
         const bool isUsedUp = shown.IsEmpty();
-        shown += ELLIPSIS;
+        shown += ellipsis;
         cropped = 1;
         if (isUsedUp)
             return;

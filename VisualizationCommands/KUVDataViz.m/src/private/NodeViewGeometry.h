@@ -17,15 +17,15 @@ struct NodeRectangle {
 
 /// Where an icon goes, if it fits.
 struct IconPlace {
-    bool fits;
+    bool fits = false;
     KUVMathPoint2Df lowerLeft;
 };
 
 /// Where a label is anchored and the width that it may take.
 struct LabelPlace {
     KUVMathPoint2Df point;
-    KUVAnchorPoint anchor;
-    float width;
+    KUVAnchorPoint anchor = KUVAnchorPoint_UpperLeft;
+    float width = 0.0f;
 };
 
 /// Places an icon of `icon` units. `labelBand` is the height kept free for a label above or below
