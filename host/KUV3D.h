@@ -162,12 +162,47 @@ struct KUVSceneGraphStats {
 
 class KUV_EXPORT KUVSceneGraphStatHelper {
 public:
-    /// Overwrites `stats` with the numbers of `rep` and everything below it. Fails for null. Walks
-    /// what has changed since the last call only.
+    /// Overwrites `stats` with the numbers of `rep` and everything below it. Fails for null.
+    ///
+    /// The numbers of bags are remembered until a bag, of whatever scene, gets or loses a child, or
+    /// dies with children: asking for every bag of a scene costs one walk over it. A rep that
+    /// hangs below itself counts nothing there. Throws `std::bad_alloc`.
     static KUVResult KUVGetSceneGraphRepStats(KUVRep* rep, KUVSceneGraphStats& stats);
 };
 
 // ---- paths
+
+/// A run of reps in order, with a reference on each. Copies share their storage until one of them
+/// is changed: copying costs the same whatever the length, and so do the many paths to the levels
+/// of one deep scene. Reps may be kept alive until the last run that shares the storage is gone.
+///
+/// Operations that add may throw `std::bad_alloc` and then change nothing.
+class KUV_EXPORT KUVRepRun {
+public:
+    KUVRepRun() = default;
+    KUVRepRun(const KUVRepRun& other);
+    KUVRepRun& operator=(const KUVRepRun& other);
+    ~KUVRepRun();
+
+    int Count() const { return count_; }
+    /// The rep at `index`, or null outside the range. Borrowed.
+    KUVRep* operator[](int index) const;
+    /// Appends `rep`, which is not null.
+    void Append(KUVRep* rep);
+    /// Appends `rep`; shares the storage of `other` when that makes this run a beginning of it.
+    void AppendSharing(KUVRep* rep, const KUVRepRun& other);
+    /// Takes the rep at `index` out; ignored outside the range.
+    void RemoveAt(int index);
+    void Empty();
+
+private:
+    struct Storage;
+
+    static void Drop(Storage* storage);
+
+    Storage* storage_ = nullptr;
+    int count_ = 0;
+};
 
 /// A path of reps from an outer one to an inner one, with a cursor.
 ///
@@ -177,7 +212,9 @@ public:
 ///
 /// The lock tells that somebody is walking the path. While it is set the path refuses the reads
 /// marked (L): they answer as on an empty path. Whoever has to read such a path calls `UnlockPath`,
-/// reads, and locks it again if it had been locked.
+/// reads, and locks it again if it had been locked. Steps and changes are not refused.
+///
+/// Operations that add, and copies, may throw `std::bad_alloc` and then change nothing.
 class KUV_EXPORT KUVRepPath : public KUVBaseUnknown {
     KUV_DECLARE_CLASS
 public:
@@ -226,9 +263,13 @@ public:
     void LockPath() { locked_ = true; }
     /// Clears the lock and gives 1 when it had been set, else 0.
     unsigned char UnlockPath();
+    unsigned char IsLocked() const { return locked_; }
+
+protected:
+    const KUVRepRun& Reps() const { return reps_; }
 
 private:
-    std::vector<KUVRep*> reps_;
+    KUVRepRun reps_;
     list<int> subElements_;
     int cursor_ = -1;
     bool locked_ = false;
@@ -276,7 +317,7 @@ public:
 
 private:
     KUVViewpoint* viewpoint_ = nullptr;
-    std::vector<KUVRep*> stack_;
+    KUVRepRun stack_;
     KUVMathPointf intersection_;
     KUVMathDirectionf normal_;
     KUVMathDirectionf globalNormal_;

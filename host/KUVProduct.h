@@ -101,6 +101,11 @@ public:
 
 protected:
     VisNativeProductLoader();
+
+    /// For loaders: `rep` shows the product `id`. Null is ignored. The rep is not referenced: the
+    /// loader says `ForgetProductID` before it dies.
+    static void SetProductID(const KUVRep* rep, const KUVUnicodeString& id);
+    static void ForgetProductID(const KUVRep* rep);
 };
 
 /// A run of pointers in memory that belongs to somebody else.
@@ -126,7 +131,8 @@ public:
     /// The loaders of `viewer` in the order of registration; empty without a viewer. Good until a
     /// loader is registered or taken back.
     static KUVSpan<VisNativeProductLoader> GetRegisteredProductLoader(const KUVViewer* viewer);
-    /// Nothing is owned: the loader is taken back before it dies.
+    /// Nothing is owned: the loader is taken back before it or the viewer dies. Null is ignored,
+    /// and so is a loader that is registered already.
     static void RegisterProductLoader(const KUVViewer* viewer, VisNativeProductLoader* loader);
     static void UnregisterProductLoader(const KUVViewer* viewer, VisNativeProductLoader* loader);
 };
