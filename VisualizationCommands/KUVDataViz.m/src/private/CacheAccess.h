@@ -4,6 +4,7 @@
 // The one way by which the layouts write what has no public setter in the node caches.
 
 #include "VisDataTree.h"
+#include "VisTreeSpaceFillingLayoutCache.h"
 
 /// The module's cache classes. A class derived from one of them keeps its kind, so that a kind
 /// tells to which class a cache can be cast.
@@ -38,6 +39,39 @@ struct VisCacheAccess {
     static unsigned char& HiddenBelow(VisDataTree::VisDataTreeCache& cache)
     {
         return cache.hiddenBelow_;
+    }
+
+    /// The cache of `node` when there is one and it is a layout's; else null.
+    static VisTreeSpaceFillingLayoutCache* LayoutCacheOf(const VisDataTree* node)
+    {
+        VisDataTree::VisDataTreeCache* const cache = node ? node->GetCache() : nullptr;
+        if (!cache || Kind(*cache) < VisCacheKind::Layout)
+            return nullptr;
+        return static_cast<VisTreeSpaceFillingLayoutCache*>(cache);
+    }
+
+    /// The node is shown, with its children or not.
+    static void Show(VisTreeSpaceFillingLayoutCache& cache, unsigned char expanded)
+    {
+        SetExpanded(cache, expanded);
+        SetDiscarded(cache, 0);
+    }
+    static void SetPosition(VisTreeSpaceFillingLayoutCache& cache, const KUVMathPoint2Df& position)
+    {
+        cache.position_ = position;
+    }
+    static void SetSize(VisTreeSpaceFillingLayoutCache& cache, const KUVMathPoint2Df& size)
+    {
+        cache.size_ = size;
+    }
+    static void SetComputedMinimumSize(VisTreeSpaceFillingLayoutCache& cache,
+                                       const KUVMathPoint2Df& size)
+    {
+        cache.computedMinimumSize_ = size;
+    }
+    static VisTreeSpaceFillingView*& View(VisTreeSpaceFillingLayoutCache& cache)
+    {
+        return cache.view_;
     }
 };
 
