@@ -105,9 +105,11 @@ public:
     /// With `deallocate` 1 the image takes the buffer over, which must come from
     /// `KUVAllocatePixels`, and frees it when it likes, at the latest with itself; with 0 the
     /// pixels are copied. The image may store equal rows once. A size below 1 or null `pixels`
-    /// makes an image of size 0 x 0.
+    /// makes an image of size 0 x 0 (a buffer that comes with it is freed), and so does a copy for
+    /// which there is no memory. Only the `new` around this can fail: the buffer is then still the
+    /// caller's.
     KUVPixelImage(int width, int height, KUVPixelFormat format, unsigned char* pixels,
-                  int deallocate);
+                  int deallocate) noexcept;
     ~KUVPixelImage() override;
     KUVPixelImage(const KUVPixelImage&) = delete;
     KUVPixelImage& operator=(const KUVPixelImage&) = delete;
@@ -118,18 +120,18 @@ public:
 
     /// Converts the pixels. Gives `KUV_OK`, or `KUV_FAIL` and changes nothing.
     KUVResult ChangeFormat(KUVPixelFormat format);
-    KUVPixelFormat GetFormat() const;
+    KUVPixelFormat GetFormat() const { return format_; }
     /// 0: the image's alpha is used as it stands; 1: one colour of the image counts as transparent.
-    void SetTransparency(int transparency);
-    int GetTransparency() const;
+    void SetTransparency(int transparency) { transparency_ = transparency; }
+    int GetTransparency() const { return transparency_; }
 
     /// The size in pixels.
     void GetSize(int& width, int& height) const;
     /// How many screen pixels wide and high one pixel of the image is drawn. Default 1.
-    void SetXPixelSize(float size);
-    void SetYPixelSize(float size);
-    float GetXPixelSize() const;
-    float GetYPixelSize() const;
+    void SetXPixelSize(float size) { xPixelSize_ = size; }
+    void SetYPixelSize(float size) { yPixelSize_ = size; }
+    float GetXPixelSize() const { return xPixelSize_; }
+    float GetYPixelSize() const { return yPixelSize_; }
 
     /// The pixels of row `y` (0 at the bottom), or null outside. Borrowed. Equal rows may share
     /// their bytes.
@@ -138,8 +140,20 @@ public:
     std::size_t GetByteCost() const;
 
 private:
-    struct Data;
-    std::unique_ptr<Data> data_;
+    std::size_t RowBytes() const;
+    void Take(int width, int height, KUVPixelFormat format, unsigned char* buffer) noexcept;
+    void KeepEqualRowsOnce() noexcept;
+
+    unsigned char* pixels_ = nullptr;
+    /// Which row of `pixels_` each row of the image shows; null when each shows its own.
+    std::unique_ptr<unsigned int[]> rowPlaces_;
+    std::size_t byteCost_ = 0;
+    int width_ = 0;
+    int height_ = 0;
+    KUVPixelFormat format_;
+    int transparency_ = 0;
+    float xPixelSize_ = 1.0f;
+    float yPixelSize_ = 1.0f;
 };
 
 /// An image at a fixed place, its lower left corner at a point of the plane.

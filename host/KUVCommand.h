@@ -33,7 +33,8 @@ using KUVSubscription = unsigned int;
 ///
 /// A listener may subscribe, unsubscribe and destroy the sender or this manager while a dispatch
 /// runs: a dispatch walks the listeners that were subscribed when it began and skips those that
-/// have been unsubscribed since.
+/// have been unsubscribed since. It ends when the manager was destroyed, because the sender that
+/// the remaining listeners would be given is then usually gone as well.
 class KUV_EXPORT KUVCallbackManager {
 public:
     KUVCallbackManager();

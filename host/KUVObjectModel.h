@@ -134,8 +134,9 @@ private:
         KUVMetaClass* known = meta.load(std::memory_order_acquire);                                \
         if (!known) {                                                                              \
             const KUVMetaClassLock lock;                                                           \
-            known = KUVMetaClass::RetrieveOrCreate(NAME, BASE::MetaObject(), FRAMEWORK,            \
-                                                   sizeof(CLASS));                                 \
+            /* Without memory for the base nothing is made: it is tried again on the next use. */  \
+            if (const KUVMetaClass* const base = BASE::MetaObject())                               \
+                known = KUVMetaClass::RetrieveOrCreate(NAME, base, FRAMEWORK, sizeof(CLASS));      \
             meta.store(known, std::memory_order_release);                                          \
         }                                                                                          \
         return known;                                                                              \

@@ -39,7 +39,7 @@ struct KUVGraphicAttributeSet {
 /// The children of a bag, in the order in which they were added; one reference is held on each.
 ///
 /// Adding and removing cost the same whatever the number of children. Children keep their order
-/// when one is removed.
+/// when one is removed. Destroying a deep chain of bags does not recurse.
 class KUV_EXPORT KUVChildReps {
 public:
     KUVChildReps();
@@ -47,7 +47,8 @@ public:
     KUVChildReps(const KUVChildReps&) = delete;
     KUVChildReps& operator=(const KUVChildReps&) = delete;
 
-    /// Appends `rep`. Null is ignored, and a rep that is already a child stays where it is.
+    /// Appends `rep`. Null is ignored, and a rep that is already a child stays where it is. Throws
+    /// `std::bad_alloc`, and changes nothing, when memory runs out.
     void Add(KUVRep* rep);
     /// Takes `rep` out and gives its reference back. Harmless when it is null or not a child.
     void Remove(KUVRep* rep);

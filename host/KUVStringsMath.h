@@ -128,6 +128,19 @@ public:
     }
     /// Appends `entry`, which may be null: an absent entry.
     void Append(T* entry) { entries_.push_back(entry); }
+    /// Puts `entry`, which may be null, in the place of the one at `index`; ignored outside the
+    /// range.
+    void Replace(int index, T* entry)
+    {
+        if (index >= 0 && index < Count())
+            entries_[static_cast<std::size_t>(index)] = entry;
+    }
+    /// Drops the entries from `count` on; keeps the memory.
+    void Truncate(int count)
+    {
+        if (count >= 0 && count < Count())
+            entries_.resize(static_cast<std::size_t>(count));
+    }
     void Reserve(int count)
     {
         if (count > 0)

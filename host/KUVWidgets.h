@@ -9,6 +9,8 @@
 #include "KUVObjectModel.h"
 #include "KUVStringsMath.h"
 
+#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -133,6 +135,8 @@ private:
     std::string documentation_;
     std::string baseClassName_;
     std::vector<KUVSYPProperty> properties_;
+    /// The texts of `properties_`.
+    std::vector<std::unique_ptr<std::string>> texts_;
     KUVBuilderFactory factory_ = nullptr;
 };
 
