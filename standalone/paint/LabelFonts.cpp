@@ -1,0 +1,127 @@
+#include "paint/LabelFonts.h"
+
+#include "core/Utf8.h"
+
+#include <QFontDatabase>
+#include <QFontInfo>
+#include <QStringList>
+
+#include <algorithm>
+#include <cmath>
+
+namespace paint {
+
+char32_t ShownCodePoint(char32_t codePoint)
+{
+    constexpr char32_t CONTROL_PICTURES = 0x2400;
+    if (codePoint < 0x20)
+        return CONTROL_PICTURES + codePoint;
+    if (codePoint == 0x7F)
+        return 0x2421;
+    // No picture exists for the second set of control characters. The two separators would break
+    // the line, the last two are no characters.
+    const bool isSecondSet = codePoint >= 0x80 && codePoint < 0xA0;
+    if (isSecondSet || codePoint == 0xFFFE || codePoint == 0xFFFF)
+        return core::REPLACEMENT_CHARACTER;
+    if (codePoint == 0x2028 || codePoint == 0x2029)
+        return 0x2424;
+    return codePoint;
+}
+
+QString ShownText(const KUVUnicodeString& text)
+{
+    const char* bytes = text.GetUtf8();
+    std::size_t left = text.GetByteCount();
+    QString shown;
+    shown.reserve(static_cast<qsizetype>(left));
+    while (left > 0) {
+        const core::Utf8Character character = core::DecodeUtf8(bytes, left);
+        const char32_t codePoint = ShownCodePoint(character.codePoint);
+        if (QChar::requiresSurrogates(codePoint)) {
+            shown.append(QChar(QChar::highSurrogate(codePoint)));
+            shown.append(QChar(QChar::lowSurrogate(codePoint)));
+        } else {
+            shown.append(QChar(static_cast<char16_t>(codePoint)));
+        }
+        bytes += character.byteCount;
+        left -= character.byteCount;
+    }
+    return shown;
+}
+
+LabelFonts::LabelFonts(const std::string& family)
+    : base_(family.empty() ? QStringLiteral("sans-serif") : QString::fromStdString(family))
+{
+    base_.setStyleHint(QFont::SansSerif);
+    base_.setHintingPreference(QFont::PreferNoHinting);
+    // Coloured fringes would depend on the machine's screen settings.
+    base_.setStyleStrategy(QFont::NoSubpixelAntialias);
+    hasFont_ = !GetResolvedFamily().isEmpty();
+}
+
+LabelFont LabelFonts::Make(int em) const
+{
+    QFont font(base_);
+    font.setPixelSize(em);
+    return {font, QFontMetricsF(font), em};
+}
+
+const LabelFont& LabelFonts::AtSize(float size)
+{
+    const float height = std::isfinite(size) ? std::clamp(size, 1.0f, 10000.0f) : 1.0f;
+    const auto known = bySize_.find(height);
+    if (known != bySize_.end())
+        return known->second;
+    int em = static_cast<int>(height);
+    LabelFont made = Make(em);
+    while (em > 1 && made.metrics.ascent() + made.metrics.descent() > static_cast<double>(height)) {
+        --em;
+        made = Make(em);
+    }
+    return bySize_.emplace(height, made).first->second;
+}
+
+TextPlacement LabelFonts::Place(const PlacedText& text)
+{
+    const LabelFont& font = AtSize(text.size);
+    const double ascent = font.metrics.ascent();
+    const double descent = font.metrics.descent();
+    const double size = static_cast<double>(text.size);
+    TextPlacement placed;
+    placed.shown = ShownText(*text.text);
+    placed.width = font.metrics.horizontalAdvance(placed.shown);
+
+    const int column = text.anchor % 3;
+    const int row = text.anchor / 3;
+    placed.left = std::round(text.x - placed.width * column / 2.0);
+    const double overhang = placed.left + placed.width - text.clip.right;
+    if (overhang > 0.0 && overhang < 1.0)
+        placed.left = std::max<double>(text.clip.left, placed.left - overhang);
+
+    const double top = text.y - size * (2 - row) / 2.0;
+    placed.baseline = static_cast<int>(std::round(top + (size - ascent - descent) / 2.0 + ascent));
+    // Rounded to the wrong side, a line may miss its area by less than a pixel.
+    if (placed.baseline - ascent < text.clip.top &&
+        placed.baseline + 1 + descent <= text.clip.bottom)
+        ++placed.baseline;
+    else if (placed.baseline + descent > text.clip.bottom &&
+             placed.baseline - 1 - ascent >= text.clip.top)
+        --placed.baseline;
+    placed.needsClip =
+        placed.left < text.clip.left || placed.left + placed.width > text.clip.right + 0.01 ||
+        placed.baseline - ascent < text.clip.top || placed.baseline + descent > text.clip.bottom;
+    return placed;
+}
+
+bool LabelFonts::HasFamily() const
+{
+    const QString wanted = base_.families().value(0);
+    for (const char* const generic : {"sans-serif", "sans", "serif", "monospace"})
+        if (wanted.compare(QLatin1String(generic), Qt::CaseInsensitive) == 0)
+            return true;
+    return QFontDatabase::hasFamily(wanted);
+}
+
+QString LabelFonts::GetResolvedFamily() const { return QFontInfo(base_).family(); }
+
+}  // namespace paint

@@ -1,0 +1,78 @@
+#ifndef paint_LabelFonts_h
+#define paint_LabelFonts_h
+
+#include "KUVStringsMath.h"
+#include "paint/PictureSink.h"
+
+#include <QFont>
+#include <QFontMetricsF>
+#include <QString>
+
+#include <map>
+#include <string>
+
+namespace paint {
+
+/// The character that is shown for `codePoint`: control characters and line separators become
+/// visible signs of their own, so that a name with a line feed stays on its line. Others stay as
+/// they are.
+char32_t ShownCodePoint(char32_t codePoint);
+
+/// `text` as it is shown: decoded, with `ShownCodePoint` for every character; bytes that are not
+/// valid UTF-8 become U+FFFD, one for each.
+QString ShownText(const KUVUnicodeString& text);
+
+/// One font at one size of text line.
+struct LabelFont {
+    QFont font;
+    QFontMetricsF metrics;
+    /// Size of the em square in whole pixels.
+    int em = 1;
+};
+
+/// A text brought to its place: `left` and `baseline` in pixels, y downwards.
+struct TextPlacement {
+    QString shown;
+    double left = 0.0;
+    double width = 0.0;
+    int baseline = 0;
+    /// Something of the text would stand outside its clip.
+    bool needsClip = false;
+};
+
+/// The label font at all its sizes, for measuring and for painting, so that both agree.
+///
+/// The size of a text is the height of its line. The em is the largest whole number of pixels whose
+/// ascent and descent fit into that height (12 for labels of 14 in DejaVu Sans), so a line never
+/// leaves the band that was kept for it. Glyphs are not hinted: their advances grow with the size
+/// alone, and are the same on the screen, in files and on every platform.
+class LabelFonts {
+public:
+    /// An empty `family` takes the system's sans-serif font; one that is not installed is replaced
+    /// by it.
+    explicit LabelFonts(const std::string& family);
+
+    /// The font for lines `size` pixels high; kept. The size is brought into 1 to 10,000.
+    const LabelFont& AtSize(float size);
+    /// Where `text` goes. The point is the one that its anchor names; the start of the text and its
+    /// baseline are then brought to whole pixels, but not out of the clip when there is room in it.
+    TextPlacement Place(const PlacedText& text);
+
+    /// The family that is really used; empty when the system has no font at all.
+    QString GetResolvedFamily() const;
+    /// Whether the family that was asked for is installed. Generic names ("serif") always are.
+    bool HasFamily() const;
+    /// Whether there is any font; without one Qt would paint a box for every character.
+    bool HasFont() const { return hasFont_; }
+
+private:
+    LabelFont Make(int em) const;
+
+    QFont base_;
+    bool hasFont_ = false;
+    std::map<float, LabelFont> bySize_;
+};
+
+}  // namespace paint
+
+#endif

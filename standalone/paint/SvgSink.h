@@ -1,0 +1,90 @@
+#ifndef paint_SvgSink_h
+#define paint_SvgSink_h
+
+#include "paint/LabelFonts.h"
+#include "paint/Picture.h"
+#include "paint/PictureSink.h"
+
+#include <map>
+#include <set>
+#include <string>
+#include <tuple>
+#include <unordered_map>
+
+namespace paint {
+
+/// The images of a picture as PNG files in base64, each different content once.
+///
+/// Runs over the picture before the SVG is written: what is shown more than once is then written
+/// once and referred to.
+class SvgImages : public PictureSink {
+public:
+    struct Entry {
+        std::string base64;
+        int uses = 0;
+        /// Number of the definition, counted from 1 in the order of writing; 0 before.
+        int id = 0;
+    };
+
+    void FillBox(const PixelBox&, KUVColor) override {}
+    void OutlineBox(const PixelBox&, KUVColor) override {}
+    void Polygon(const std::vector<PixelPoint>&, bool, KUVColor) override {}
+    void Image(const PlacedImage& image) override;
+    void Text(const PlacedText&) override {}
+
+    /// The entry of an image that was seen before, as large as it is shown.
+    Entry& Find(const PlacedImage& image);
+
+private:
+    using ImageKey = std::tuple<const KUVPixelImage*, bool, int, int>;
+    static ImageKey KeyOf(const PlacedImage& image);
+
+    /// By content and shown size; entries of `byImage_` point into it.
+    std::unordered_map<std::string, Entry> byContent_;
+    std::map<ImageKey, Entry*> byImage_;
+};
+
+/// Writes a picture as SVG.
+///
+/// Every bag is a `<g>` with its rectangles, images and texts in painting order. A text is a
+/// `<text>` at the start of its baseline; `textLength` holds the width with which it was measured,
+/// so that it keeps to its box in readers that have another font. The root element's `data-ascent`
+/// and `data-descent` give the font's extent above and below the baseline as fractions of the
+/// `font-size`.
+class SvgSink : public PictureSink {
+public:
+    /// Appends to `file`. All arguments must outlive the sink.
+    SvgSink(std::string& file, const PictureOptions& options, LabelFonts& fonts, SvgImages& images);
+
+    /// Ends the file.
+    void Finish();
+
+    void BeginBag() override;
+    void EndBag() override;
+    void FillBox(const PixelBox& box, KUVColor color) override;
+    void OutlineBox(const PixelBox& box, KUVColor color) override;
+    void Polygon(const std::vector<PixelPoint>& points, bool filled, KUVColor color) override;
+    void Image(const PlacedImage& image) override;
+    void Text(const PlacedText& text) override;
+
+private:
+    void OpenGroups();
+    void WriteNumber(const char* name, double number);
+    void WriteBox(const PixelBox& box);
+    void WriteColor(const char* name, KUVColor color);
+    void WriteImage(const SvgImages::Entry& entry, const PlacedImage& image);
+    int ClipId(const PixelBox& clip);
+
+    std::string& file_;
+    LabelFonts& fonts_;
+    SvgImages& images_;
+    int openGroups_ = 0;
+    int wantedGroups_ = 0;
+    int lastImageId_ = 0;
+    int lastClipId_ = 0;
+    PixelBox lastClip_;
+};
+
+}  // namespace paint
+
+#endif
