@@ -38,7 +38,7 @@ core::MeasuringFont* MakeFont(const std::string& family, std::string& remark)
     const auto backend = std::make_shared<QtFontBackend>(family);
     const LabelFonts& fonts = backend->GetFonts();
     if (!fonts.HasFont())
-        remark = "no font is installed; labels are left out";
+        remark = "no font is installed: PNG and PDF pictures have no labels";
     else if (!family.empty() && !fonts.HasFamily())
         remark = "font '" + family + "' is not installed; labels use '" +
                  fonts.GetResolvedFamily().toStdString() + '\'';
