@@ -10,6 +10,7 @@
 #include "import/ToolkitGuard.h"
 
 #include <filesystem>
+#include <unordered_set>
 
 namespace kuvimport {
 
@@ -48,6 +49,22 @@ void CompleteNames(const std::string& path, ImportedModel& model)
             product.name = product.id;
         if (product.name.empty())
             product.name = product.IsAssembly() ? "Assembly" : "Shape";
+    }
+}
+
+/// Identifiers tell the components of one assembly apart, whatever the file gave them.
+void MakeIdsUnique(ImportedModel& model)
+{
+    for (Product& product : model.products) {
+        std::unordered_set<std::string> taken;
+        for (std::size_t i = 0; i < product.components.size(); ++i) {
+            std::string& id = product.components[i].id;
+            if (id.empty())
+                id = std::to_string(i + 1);
+            const std::string stated = id;
+            for (std::size_t again = 2; !taken.insert(id).second; ++again)
+                id = stated + '~' + std::to_string(again);
+        }
     }
 }
 
@@ -94,6 +111,7 @@ ImportResult ImportModel(const std::string& path, const ImportOptions& options,
     model->secondsRead = reading.Seconds();
     if (result.error.empty() && !IsCancelled(monitor)) {
         CompleteNames(place, *model);
+        MakeIdsUnique(*model);
         const Stopwatch meshing;
         TessellateParts(*model, options, monitor);
         model->secondsMesh = meshing.Seconds();
