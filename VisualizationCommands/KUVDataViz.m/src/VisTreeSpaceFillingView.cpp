@@ -204,15 +204,10 @@ KUVPixelImage* CreateTextureImage(int width, int height, unsigned char* pixels)
 {
     if (!pixels)
         return nullptr;
-    try {
-        auto* const image = new (std::nothrow) TextureImage(width, height, pixels);
-        if (!image)
-            KUVFreePixels(pixels);
-        return image;
-    } catch (const std::bad_alloc&) {
-        // The image took the buffer over before it ran out of memory.
-        return nullptr;
-    }
+    auto* const image = new (std::nothrow) TextureImage(width, height, pixels);
+    if (!image)
+        KUVFreePixels(pixels);
+    return image;
 }
 
 KUVPixelImage* CreateGridTexture(int width, int height, unsigned int colour, unsigned char dark,
@@ -429,8 +424,11 @@ LabelPlace PlaceLabelBesideIcon(const NodeRectangle& node, bool centred,
 /// The rectangle that a build is about.
 struct VisTreeSpaceFillingView::Box : NodeRectangle {
     Box(const KUVMathPoint2Df& position, const KUVMathPoint2Df& size)
-        : NodeRectangle{position.x, position.y, size.x, size.y}
     {
+        x = position.x;
+        y = position.y;
+        width = size.x;
+        height = size.y;
     }
     KUVMathPoint2Df Corner() const { return {x, y}; }
     KUVMathPoint2Df Size() const { return {width, height}; }

@@ -9,10 +9,10 @@
 
 /// Lower left corner and extent of a node on the screen.
 struct NodeRectangle {
-    float x;
-    float y;
-    float width;
-    float height;
+    float x = 0.0f;
+    float y = 0.0f;
+    float width = 0.0f;
+    float height = 0.0f;
 };
 
 /// Where an icon goes, if it fits.
