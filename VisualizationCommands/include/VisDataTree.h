@@ -242,7 +242,7 @@ private:
 
     void SpreadToChildren(void (VisDataTreeCache::*setter)(unsigned char), unsigned char value);
 
-    VisDataTree* node_;
+    VisDataTree* node_ = nullptr;
     unsigned char expanded_ = 1;
     unsigned char discarded_ = 0;
     unsigned char showLabel_ = 0;

@@ -626,7 +626,7 @@ Cache::VisDataTreeCache(VisDataTree* node) : node_(node)
         node->SetCache(this);
 }
 
-Cache::VisDataTreeCache(VisDataTreeCache& other) : node_(nullptr) { *this = other; }
+Cache::VisDataTreeCache(VisDataTreeCache& other) { *this = other; }
 
 Cache& Cache::operator=(VisDataTreeCache& other)
 {

@@ -77,6 +77,8 @@ VisTreeSpaceFillingLayoutCache::VisTreeSpaceFillingLayoutCache(
 VisTreeSpaceFillingLayoutCache&
 VisTreeSpaceFillingLayoutCache::operator=(VisTreeSpaceFillingLayoutCache& other)
 {
+    if (this == &other)
+        return *this;
     VisDataTreeCache::operator=(other);
     position_ = other.position_;
     size_ = other.size_;
