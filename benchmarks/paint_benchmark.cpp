@@ -26,7 +26,7 @@ struct Releaser {
 using HeldBag = std::unique_ptr<KUV2DBagRep, Releaser>;
 using HeldFont = std::unique_ptr<core::MeasuringFont, Releaser>;
 
-void StartQt() { static const paint::PaintSession SESSION; }
+void StartQt() { static const paint::PaintSession session; }
 
 HeldFont MakeFont()
 {
@@ -41,10 +41,12 @@ HeldBag MakeScene(int count, bool labels)
     StartQt();
     HeldBag scene(KUV2DBagRep::CreateRep());
     constexpr int PITCH_X = 40;
-    const float pitchY = 3000.0f / static_cast<float>((count + 99) / 100);
+    const int rowCount = (count + 99) / 100;
+    const float pitchY = 3000.0f / static_cast<float>(rowCount);
     for (int i = 0; i < count; ++i) {
         const auto x = static_cast<float>(i % 100 * PITCH_X);
-        const float y = static_cast<float>(i / 100) * pitchY;
+        const int row = i / 100;
+        const float y = static_cast<float>(row) * pitchY;
         const float top = y + pitchY * 0.9f;
         const float points[] = {x, y, x + 38, y, x + 38, top, x, top};
         const HeldBag node(KUV2DBagRep::CreateRep());
@@ -81,7 +83,7 @@ void PaintScene(benchmark::State& state, int count, bool labels, paint::PictureF
 {
     const HeldBag scene = MakeScene(count, labels);
     std::size_t size = 0;
-    for (auto _ : state)
+    while (state.KeepRunning())
         size = Paint(*scene, format).size();
     state.counters["bytes"] = static_cast<double>(size);
     state.counters["boxes/s"] = benchmark::Counter(static_cast<double>(count),
@@ -113,7 +115,7 @@ void EncodePng(benchmark::State& state)
     }
     std::size_t size = 0;
     const auto start = Clock::now();
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         std::string file;
         paint::PngWriter writer(file, picture.width(), picture.height(),
                                 paint::PngWriter::Channels::Rgb);
@@ -143,7 +145,7 @@ void MeasureShrinkingLabel(benchmark::State& state)
     for (texts.emplace_back(label.c_str()); !label.empty(); label.pop_back())
         texts.emplace_back((label + "...").c_str());
     std::int64_t measured = 0;
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         for (const KUVUnicodeString& text : texts) {
             int width = 0;
             font->GetStringSize(text, &width, nullptr, nullptr, index);
@@ -170,7 +172,7 @@ void CropLabels(benchmark::State& state)
             text += LETTERS[letter(random)];
         labels.emplace_back(KUVUnicodeString(text.c_str()), width(random));
     }
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         for (const auto& [label, space] : labels) {
             KUVUnicodeString shown;
             unsigned char cropped = 0;

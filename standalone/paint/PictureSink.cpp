@@ -105,9 +105,9 @@ private:
     /// The pixels whose centres lie between the least and the greatest coordinates.
     PixelBox BoxAround(const std::vector<float>& points) const
     {
-        double left = points[0];
+        auto left = static_cast<double>(points[0]);
         double right = left;
-        double bottom = points[1];
+        auto bottom = static_cast<double>(points[1]);
         double top = bottom;
         for (std::size_t i = 2; i + 1 < points.size(); i += 2) {
             left = std::min(left, static_cast<double>(points[i]));

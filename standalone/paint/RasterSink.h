@@ -33,8 +33,8 @@ public:
 private:
     QRgb* Line(int row);
     void BlendRow(const QRgb* pixels, int row, int left, int right);
-    void PaintUnscaled(const PlacedImage& image, const PixelBox& visible);
-    void PaintStretched(const PlacedImage& image, const PixelBox& visible);
+    void PaintUnscaled(const PlacedImage& image, const PixelBox& seen);
+    void PaintStretched(const PlacedImage& image, const PixelBox& seen);
 
     QImage& band_;
     LabelFonts& fonts_;

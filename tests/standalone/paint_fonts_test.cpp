@@ -8,9 +8,8 @@
 #include <cmath>
 #include <random>
 
+namespace painttest {
 namespace {
-
-using namespace painttest;
 
 const char* const LABELS[] = {
     "Bracket M6 x 20",
@@ -158,3 +157,4 @@ TEST(MakeFont, GenericFamiliesAndTheDefaultNeedNoRemark)
 }
 
 }  // namespace
+}  // namespace painttest

@@ -7,9 +7,8 @@
 #include <filesystem>
 #include <fstream>
 
+namespace painttest {
 namespace {
-
-using namespace painttest;
 
 const char* const ICONS[] = {
     "I_VisFace.png",    "I_VisEdge.png",     "I_VisVertex.png", "VisLevelSelectorGeometry.png",
@@ -107,3 +106,4 @@ TEST(ImagePixels, OpaqueImagesAreStoredWithoutAlpha)
 }
 
 }  // namespace
+}  // namespace painttest

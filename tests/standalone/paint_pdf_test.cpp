@@ -4,9 +4,8 @@
 
 #include <QByteArray>
 
+namespace painttest {
 namespace {
-
-using namespace painttest;
 
 std::string PaintPdf(const Bag& scene, int width, int height)
 {
@@ -96,3 +95,4 @@ TEST(PdfSink, AnImageShownTwiceIsStoredOnceWithoutLoss)
 }
 
 }  // namespace
+}  // namespace painttest

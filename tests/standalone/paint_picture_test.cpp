@@ -8,9 +8,8 @@
 #include <cmath>
 #include <limits>
 
+namespace painttest {
 namespace {
-
-using namespace painttest;
 
 /// Qt lives as long as the test program.
 class PaintEnvironment : public testing::Environment {
@@ -37,7 +36,7 @@ std::string Problem(int width, int height, paint::PictureFormat format)
     options.width = width;
     options.height = height;
     std::string bytes = "before";
-    const std::string problem = paint::PaintPicture(scene.Rep(), options, format, bytes);
+    std::string problem = paint::PaintPicture(scene.Rep(), options, format, bytes);
     if (!problem.empty()) {
         EXPECT_EQ(bytes, "before") << "a failure leaves the bytes alone";
     }
@@ -349,3 +348,4 @@ TEST(Picture, PaintingTwiceGivesTheSameBytes)
 }
 
 }  // namespace
+}  // namespace painttest

@@ -43,11 +43,10 @@ public:
 
     KUV2DPolygonRep* Polygon(const std::vector<float>& points, KUVColor color, bool filled = true)
     {
-        Held<KUV2DPolygonRep> rep(KUV2DPolygonRep::CreateRep(
-            points.data(), static_cast<int>(points.size() / 2), filled ? 1 : 0));
+        KUV2DPolygonRep* const rep = KUV2DPolygonRep::CreateRep(
+            points.data(), static_cast<int>(points.size() / 2), filled ? 1 : 0);
         rep->SetColor(color.r, color.g, color.b, color.a);
-        rep_->AddChild(rep.get());
-        return rep.get();
+        return Adopt(rep);
     }
 
     KUV2DPolygonRep* Box(float x, float y, float width, float height, KUVColor color,
@@ -64,9 +63,9 @@ public:
     KUV2DImagePixelRep* Image(float x, float y, const KUVPixelImage& image, int mode = 0)
     {
         const float corner[] = {x, y};
-        Held<KUV2DImagePixelRep> rep(KUV2DImagePixelRep::CreateRep(corner, &image, mode, 0, 0, 0));
-        rep_->AddChild(rep.get());
-        return rep.get();
+        KUV2DImagePixelRep* const rep =
+            KUV2DImagePixelRep::CreateRep(corner, &image, mode, 0, 0, 0);
+        return Adopt(rep);
     }
 
     KUV2DAnnotationTextRep* Text(float x, float y, const char* text,
@@ -74,11 +73,10 @@ public:
                                  float size = 14.0f, KUVColor color = BLACK)
     {
         const float point[] = {x, y};
-        Held<KUV2DAnnotationTextRep> rep(KUV2DAnnotationTextRep::CreateRep(
-            point, KUVUnicodeString(text), anchor, size, 0, nullptr, nullptr));
+        KUV2DAnnotationTextRep* const rep = KUV2DAnnotationTextRep::CreateRep(
+            point, KUVUnicodeString(text), anchor, size, 0, nullptr, nullptr);
         rep->SetColor(color.r, color.g, color.b, color.a);
-        rep_->AddChild(rep.get());
-        return rep.get();
+        return Adopt(rep);
     }
 
     Bag Child() const
@@ -89,6 +87,15 @@ public:
     }
 
 private:
+    /// The bag's reference is the one that keeps the rep.
+    template <class T>
+    T* Adopt(T* rep)
+    {
+        rep_->AddChild(rep);
+        rep->Release();
+        return rep;
+    }
+
     Held<KUV2DBagRep> rep_;
 };
 
