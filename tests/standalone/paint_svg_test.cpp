@@ -227,6 +227,7 @@ TEST(SvgSink, AnchorsNameThePointOfTheTextThatStandsThere)
         ASSERT_EQ(texts.size(), 1U);
         const double x = texts[0].Number("x") + texts[0].Number("textLength") * (anchor % 3) / 2.0;
         EXPECT_NEAR(x, 100.0, 0.51) << "anchor " << anchor;
+        const int row = anchor / 3;
         const double top =
             texts[0].Number("y") - texts[0].Number("font-size") * elements[0].Number("data-ascent");
         EXPECT_NEAR(top + 7.0 * (2 - row), 50.0, 0.75) << "anchor " << anchor;
