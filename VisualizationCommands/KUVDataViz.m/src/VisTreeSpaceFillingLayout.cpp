@@ -291,7 +291,8 @@ unsigned char VisTreeSpaceFillingLayout::Unzoom()
 void VisTreeSpaceFillingLayout::SetCurrentRoot(VisDataTree* node, unsigned char pushOnStack)
 {
     const VisGuardedNode former(slots_->currentRoot.Get());
-    if (node == former.Get())
+    // A current root that died leaves the way back to the tree root open.
+    if (node == former.Get() && (node || !treeRoot_))
         return;
     const auto self = VisReference<VisTreeSpaceFillingLayout>::Retain(this);
     const VisGuardedNode root(node ? node : treeRoot_);
