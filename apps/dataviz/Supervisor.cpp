@@ -222,9 +222,9 @@ WorkOutcome Watcher::Kill(WorkOutcome outcome)
 void Watcher::Handle(char kind, std::string_view text)
 {
     switch (kind) {
-    case 'W':
-        if (listener_.warn)
-            listener_.warn(text);
+    case 'S':
+        if (listener_.say)
+            listener_.say(text);
         break;
     case 'P': {
         const std::size_t space = text.find(' ');

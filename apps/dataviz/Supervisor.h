@@ -20,7 +20,9 @@ public:
     explicit WorkChannel(int descriptor) : descriptor_(descriptor) {}
 
     /// Something that the user should know; the work goes on.
-    void Warn(std::string_view text) { Send('W', text); }
+    void Say(std::string_view text) { Send('S', text); }
+    /// Something of the input is lost; the work goes on.
+    void Warn(const std::string& text) { Say("warning: " + text); }
     /// What is done now; `fraction` from 0 to 1, or below 0 when nobody knows.
     void Progress(std::string_view phase, double fraction);
     /// Reading and meshing are over: from now on the limits hold no more.
@@ -44,7 +46,7 @@ struct WorkLimits {
 
 /// Receives what the work says, in the supervising process.
 struct WorkListener {
-    std::function<void(std::string_view text)> warn;
+    std::function<void(std::string_view text)> say;
     std::function<void(std::string_view phase, double fraction)> progress;
 };
 

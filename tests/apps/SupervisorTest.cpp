@@ -56,7 +56,7 @@ TEST(Supervisor, PassesWarningsAndProgressOnInOrder)
 {
     std::string heard;
     WorkListener listener;
-    listener.warn = [&](std::string_view text) { heard += "warn " + std::string(text) + "; "; };
+    listener.say = [&](std::string_view text) { heard += std::string(text) + "; "; };
     listener.progress = [&](std::string_view phase, double fraction) {
         heard += std::string(phase) + (fraction == 0.5 ? " half; " : "; ");
     };
@@ -69,7 +69,7 @@ TEST(Supervisor, PassesWarningsAndProgressOnInOrder)
             channel.Finish(0);
         },
         {}, listener);
-    EXPECT_EQ(heard, "reading the file half; warn a part is lost; drawing; ");
+    EXPECT_EQ(heard, "reading the file half; warning: a part is lost; drawing; ");
 }
 
 TEST(Supervisor, TurnsACrashIntoAReason)

@@ -1,0 +1,381 @@
+#include "GeometryJson.h"
+
+#include <algorithm>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "JsonWriter.h"
+
+#include "KUV2D.h"
+#include "VisDataTree.h"
+#include "VisTreeMapLayout.h"
+#include "VisTreeSpaceFillingLayout.h"
+#include "VisTreeSpaceFillingView.h"
+
+namespace dataviz {
+
+namespace {
+
+using Cache = VisTreeSpaceFillingLayoutCache;
+using TreeMapCache = VisTreeMapLayout::VisTreeMapLayoutCache;
+
+std::string_view TextOf(const KUVUnicodeString& text)
+{
+    return {text.GetUtf8(), text.GetByteCount()};
+}
+
+/// "#rrggbb"
+std::string HexColor(const KUVColor& color)
+{
+    constexpr std::string_view DIGITS = "0123456789abcdef";
+    std::string text = "#";
+    for (const unsigned char part : {color.r, color.g, color.b}) {
+        text += DIGITS[part >> 4U];
+        text += DIGITS[part & 15U];
+    }
+    return text;
+}
+
+/// What a view shows, read off the reps in its bag.
+struct ShownView {
+    std::vector<std::string_view> parts;
+    const KUV2DAnnotationTextRep* label = nullptr;
+    const KUV2DPolygonRep* polygon = nullptr;
+    bool isTexture = false;
+};
+
+/// The plates of hover and selection stand one unit inside the node and differ in their fill.
+std::string_view PartOfImage(const KUV2DImagePixelRep& image, const KUVMathPoint2Df& corner)
+{
+    constexpr int ICON_MODE = 2;
+    if (image.GetMode() == ICON_MODE)
+        return "icon";
+    if (image.GetLowerLeft().x == corner.x && image.GetLowerLeft().y == corner.y)
+        return "background";
+    int width = 0;
+    int height = 0;
+    image.GetImage()->GetSize(width, height);
+    const unsigned char* const row = image.GetImage()->GetRow(height / 2);
+    constexpr unsigned char HOVER_RED = 0xF1;
+    return row != nullptr && row[4 * (width / 2)] == HOVER_RED ? "hover" : "selected";
+}
+
+ShownView ReadView(const VisTreeSpaceFillingView& view, const KUVMathPoint2Df& corner)
+{
+    ShownView shown;
+    const KUV2DBagRep* const bag = view.GetBagRep();
+    const list<KUVRep>* const reps = bag != nullptr ? bag->GetChildren() : nullptr;
+    for (int i = 0; reps != nullptr && (*reps)[i] != nullptr; ++i) {
+        const KUVRep* const rep = (*reps)[i];
+        if (const auto* const polygon = dynamic_cast<const KUV2DPolygonRep*>(rep)) {
+            shown.parts.push_back(polygon->IsFilled() != 0 ? "background" : "contour");
+            if (polygon->IsFilled() != 0)
+                shown.polygon = polygon;
+        } else if (const auto* const image = dynamic_cast<const KUV2DImagePixelRep*>(rep)) {
+            shown.parts.push_back(PartOfImage(*image, corner));
+            shown.isTexture = shown.isTexture || shown.parts.back() == "background";
+        } else if (const auto* const text = dynamic_cast<const KUV2DAnnotationTextRep*>(rep)) {
+            shown.parts.emplace_back("label");
+            shown.label = text;
+        }
+    }
+    return shown;
+}
+
+class GeometryWriter {
+public:
+    GeometryWriter(const Picture& picture, const RenderOptions& options, std::FILE* file)
+        : picture_(picture), layout_(picture.Layout()), options_(options), json_(file)
+    {
+    }
+
+    void Write();
+
+private:
+    void NumberReferences();
+    void WriteHead();
+    void WriteState();
+    void WriteNode(std::size_t number);
+    void WriteFlags(const VisDataTree& node, const Cache& cache);
+    void WriteView(const Cache& cache);
+    void WriteShown(const ShownView& shown);
+    void WriteLog();
+
+    void KeyPair(std::string_view key, const KUVMathPoint2Df& value)
+    {
+        json_.Key(key);
+        json_.Pair(value.x, value.y);
+    }
+    void KeyBool(std::string_view key, bool value)
+    {
+        json_.Key(key);
+        json_.Bool(value);
+    }
+    void KeyText(std::string_view key, std::string_view text)
+    {
+        json_.Key(key);
+        json_.String(text);
+    }
+    void KeyNull(std::string_view key)
+    {
+        json_.Key(key);
+        json_.Null();
+    }
+    /// A node as its number, null when it is none of the tree.
+    void Reference(const VisDataTree* node);
+    void KeyReference(std::string_view key, const VisDataTree* node)
+    {
+        json_.Key(key);
+        Reference(node);
+    }
+    const VisDataTree* HighlightedNode() const;
+    void KeyParent(const VisDataTree& node, std::uint64_t number);
+    KUVMathPoint2Df ScaledPosition(const Cache& cache) const;
+
+    const Picture& picture_;
+    const VisTreeSpaceFillingLayout& layout_;
+    const RenderOptions& options_;
+    JsonWriter json_;
+    const VisDataTree* highlighted_ = nullptr;
+    std::vector<const VisDataTree*> zoomStack_;                       // the oldest root first
+    std::unordered_map<const VisDataTree*, std::uint64_t> numbers_;   // of the nodes referred to
+    std::vector<std::pair<const VisDataTree*, std::uint64_t>> open_;  // the way down to a node
+};
+
+void GeometryWriter::Reference(const VisDataTree* node)
+{
+    const auto found = numbers_.find(node);
+    if (found == numbers_.end())
+        json_.Null();
+    else
+        json_.Unsigned(found->second);
+}
+
+/// The layout does not tell, but the node's view does.
+const VisDataTree* GeometryWriter::HighlightedNode() const
+{
+    for (const VisDataTree* const node : picture_.Tree().Nodes()) {
+        const auto* const cache = static_cast<const Cache*>(node->GetCache());
+        const VisTreeSpaceFillingView* const view = cache != nullptr ? cache->GetView() : nullptr;
+        if (view != nullptr && view->GetHighlightStatus() != 0)
+            return node;
+    }
+    return nullptr;
+}
+
+/// A handful of nodes is referred to by number. Parents are not among them: the way down to a node
+/// is at hand when it is written.
+void GeometryWriter::NumberReferences()
+{
+    highlighted_ = HighlightedNode();
+    for (auto stack = layout_.GetLastCurrentTreeRoots(); !stack.empty(); stack.pop())
+        zoomStack_.push_back(stack.top());
+    std::reverse(zoomStack_.begin(), zoomStack_.end());
+    std::unordered_set<const VisDataTree*> wanted(zoomStack_.begin(), zoomStack_.end());
+    wanted.insert({highlighted_, layout_.GetCurrentRoot(), layout_.GetCurrentSelection(),
+                   layout_.GetCurrentLeafSelection()});
+    for (const HeardNotification& heard : picture_.SetUpNotifications())
+        wanted.insert({heard.previous, heard.node});
+    const std::vector<VisDataTree*>& nodes = picture_.Tree().Nodes();
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        if (wanted.count(nodes[i]) != 0)
+            numbers_.emplace(nodes[i], i);
+    }
+}
+
+void GeometryWriter::KeyParent(const VisDataTree& node, std::uint64_t number)
+{
+    while (!open_.empty() && open_.back().first != node.GetParent())
+        open_.pop_back();
+    json_.Key("parent");
+    if (open_.empty())
+        json_.Null();
+    else
+        json_.Unsigned(open_.back().second);
+    open_.emplace_back(&node, number);
+}
+
+// ---- the picture as a whole
+
+void GeometryWriter::WriteHead()
+{
+    json_.Key("schema");
+    json_.Unsigned(1);
+    KeyText("layout", options_.layout);
+    KeyPair("origin", {options_.originX, options_.originY});
+    json_.Key("size");
+    json_.Open('[');
+    json_.Unsigned(options_.width);
+    json_.Unsigned(options_.height);
+    json_.Close(']');
+    json_.Key("scale");
+    json_.Float(options_.scale);
+    json_.NewLine();
+}
+
+void GeometryWriter::WriteState()
+{
+    KeyReference("currentRoot", layout_.GetCurrentRoot());
+    KeyReference("selection", layout_.GetCurrentSelection());
+    KeyReference("leafSelection", layout_.GetCurrentLeafSelection());
+    KeyReference("highlighted", highlighted_);
+    json_.NewLine();
+    json_.Key("zoomStack");
+    json_.Open('[');
+    for (const VisDataTree* const root : zoomStack_)
+        Reference(root);
+    json_.Close(']');
+    KeyNull("lastColumns");
+    KeyNull("columns");
+    json_.NewLine();
+}
+
+void GeometryWriter::WriteLog()
+{
+    json_.Key("log");
+    json_.Open('[');
+    json_.NewLine();
+    json_.Open('{');
+    json_.Key("index");
+    json_.Integer(-1);
+    KeyNull("result");
+    json_.Key("notifications");
+    json_.Open('[');
+    for (const HeardNotification& heard : picture_.SetUpNotifications()) {
+        json_.Open('{');
+        KeyText("name", heard.name);
+        if (heard.hasPayload) {
+            KeyReference("previous", heard.previous);
+            KeyReference("node", heard.node);
+        }
+        json_.Close('}');
+    }
+    json_.Close(']');
+    json_.Close('}');
+    json_.NewLine();
+    json_.Close(']');
+}
+
+void GeometryWriter::Write()
+{
+    const std::vector<VisDataTree*>& nodes = picture_.Tree().Nodes();
+    NumberReferences();
+    json_.Open('{');
+    json_.NewLine();
+    WriteHead();
+    WriteState();
+    json_.Key("nodes");
+    json_.Open('[');
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        json_.NewLine();
+        WriteNode(i);
+    }
+    json_.NewLine();
+    json_.Close(']');
+    json_.NewLine();
+    WriteLog();
+    json_.NewLine();
+    json_.Close('}');
+    json_.Finish();
+}
+
+// ---- one node
+
+void GeometryWriter::WriteFlags(const VisDataTree& node, const Cache& cache)
+{
+    KeyBool("leafObject", node.IsLeafObject() != 0);
+    KeyBool("mergeable", node.IsMergeable() != 0);
+    KeyBool("merged", node.IsMerged() != 0);
+    json_.Key("sizeValue");
+    json_.Integer(cache.GetSizeValue());
+    json_.Key("colorValue");
+    json_.Integer(cache.GetColorValue());
+    KeyBool("expanded", cache.IsExpanded() != 0);
+    KeyBool("discarded", cache.IsDiscarded() != 0);
+    KeyBool("showLabel", cache.GetShowLabel() != 0);
+}
+
+void GeometryWriter::WriteNode(std::size_t number)
+{
+    const VisDataTree& node = *picture_.Tree().Nodes()[number];
+    const auto& cache = static_cast<const TreeMapCache&>(*node.GetCache());
+    json_.Open('{');
+    json_.Key("id");
+    json_.Unsigned(number);
+    KeyParent(node, number);
+    KeyText("label", TextOf(node.GetLabel()));
+    KeyText("icon", TextOf(node.GetIconName()));
+    WriteFlags(node, cache);
+    KeyPair("position", cache.GetPos());
+    KeyPair("size", cache.GetSize());
+    KeyPair("minimumSize", cache.GetComputedMinimumSize());
+    json_.Key("lastMode");
+    json_.Unsigned(cache.GetLastModeOfComputedMinimumExpandedSize());
+    json_.Key("view");
+    if (cache.GetView() == nullptr)
+        json_.Null();
+    else
+        WriteView(cache);
+    json_.Close('}');
+}
+
+/// Where the layout put the view: positions are scaled about the draw origin.
+KUVMathPoint2Df GeometryWriter::ScaledPosition(const Cache& cache) const
+{
+    const KUVMathPoint2Df& position = cache.GetPos();
+    return {(position.x - options_.originX) * options_.scale + options_.originX,
+            (position.y - options_.originY) * options_.scale + options_.originY};
+}
+
+void GeometryWriter::WriteView(const Cache& cache)
+{
+    const VisTreeSpaceFillingView& view = *cache.GetView();
+    const KUVMathPoint2Df position = ScaledPosition(cache);
+    const ShownView shown = ReadView(view, position);
+    json_.Open('{');
+    if (shown.parts.empty()) {
+        KeyNull("position");
+        KeyNull("size");
+    } else {
+        KeyPair("position", position);
+        KeyPair("size", {cache.GetSize().x * options_.scale, cache.GetSize().y * options_.scale});
+    }
+    KeyBool("selected", view.GetSelectionStatus() != 0);
+    KeyBool("highlighted", view.GetHighlightStatus() != 0);
+    KeyBool("bright", view.IsBright() != 0);
+    KeyBool("cropped", view.IsCropped() != 0);
+    WriteShown(shown);
+    json_.Close('}');
+}
+
+void GeometryWriter::WriteShown(const ShownView& shown)
+{
+    if (shown.label != nullptr) {
+        KeyText("shownLabel", TextOf(shown.label->GetText()));
+        KeyText("labelColor", HexColor(shown.label->GetColor()));
+    } else {
+        KeyNull("shownLabel");
+        KeyNull("labelColor");
+    }
+    if (shown.polygon != nullptr)
+        KeyText("background", HexColor(shown.polygon->GetColor()));
+    else if (shown.isTexture)
+        KeyText("background", "texture");
+    else
+        KeyNull("background");
+    json_.Key("parts");
+    json_.Open('[');
+    for (const std::string_view part : shown.parts)
+        json_.String(part);
+    json_.Close(']');
+}
+
+}  // namespace
+
+void WriteGeometry(const Picture& picture, const RenderOptions& options, std::FILE* file)
+{
+    GeometryWriter(picture, options, file).Write();
+}
+
+}  // namespace dataviz

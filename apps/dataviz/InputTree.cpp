@@ -1,0 +1,159 @@
+#include "InputTree.h"
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+
+#include "TreeFile.h"
+#include "VisDataTree.h"
+
+namespace dataviz {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::size_t BEGINNING = std::size_t{1} << 16U;
+
+double SecondsSince(Clock::time_point start)
+{
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+struct CloseFile {
+    void operator()(std::FILE* file) const
+    {
+        if (file != stdin)
+            std::fclose(file);
+    }
+};
+using FileHolder = std::unique_ptr<std::FILE, CloseFile>;
+
+/// Appends up to `most` bytes; false when reading fails.
+bool ReadInto(std::string& text, std::FILE* file, std::size_t most)
+{
+    constexpr std::size_t PIECE = std::size_t{1} << 20U;
+    while (most > 0) {
+        const std::size_t start = text.size();
+        const std::size_t wanted = std::min(most, PIECE);
+        text.resize(start + wanted);
+        const std::size_t count = std::fread(text.data() + start, 1, wanted, file);
+        text.resize(start + count);
+        most -= count;
+        if (count < wanted)
+            return std::ferror(file) == 0;
+    }
+    return true;
+}
+
+Failure CannotRead() { return {{}, std::string("cannot be read: ") + std::strerror(errno)}; }
+
+std::string LowerExtension(const std::string& path)
+{
+    std::string extension = std::filesystem::path(path).extension().string();
+    for (char& c : extension)
+        c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+    return extension;
+}
+
+/// By the name, where the content does not tell.
+bool IsTreeFileName(const std::string& path)
+{
+    const std::string extension = LowerExtension(path);
+    return path == "-" || extension == ".json" || extension == ".csv";
+}
+
+}  // namespace
+
+InputTree::InputTree() = default;
+
+std::optional<Failure> InputTree::Load(const std::string& path, const ModelOptions& options,
+                                       WorkChannel& channel)
+{
+    channel.Progress("reading", -1);
+    const Clock::time_point start = Clock::now();
+    std::error_code error;
+    if (std::filesystem::is_directory(path, error))
+        return Failure{{}, "is a directory"};
+    const FileHolder file(path == "-" ? stdin : std::fopen(path.c_str(), "rbe"));
+    std::string text;
+    if (!file || !ReadInto(text, file.get(), BEGINNING))
+        return CannotRead();
+    if (!IsTreeFileName(path) && !LooksLikeTreeFile(text))
+        return LoadModel(path, options, channel);
+    if (!ReadInto(text, file.get(), static_cast<std::size_t>(-1)))
+        return CannotRead();
+    bool isOtherJson = false;
+    std::optional<Failure> failure = LoadTreeFile(text, isOtherJson);
+    // JSON that is no tree may be a glTF document; its reader then knows best what is wrong with
+    // it.
+    const bool isGltf = LowerExtension(path) == ".gltf" || (isOtherJson && path != "-");
+    if (isGltf && (failure || (nodes_.size() == 1 && root_->GetLabel().IsEmpty()))) {
+        text = {};
+        return LoadModel(path, options, channel);
+    }
+    facts_.format = "tree";
+    facts_.secondsRead = SecondsSince(start) - facts_.secondsTree;
+    return failure;
+}
+
+// ---- tree files
+
+std::optional<Failure> InputTree::LoadTreeFile(const std::string& text, bool& isOtherJson)
+{
+    TreeFile file;
+    if (const std::optional<TreeFileError> error = ReadTreeFile(text, file)) {
+        isOtherJson = error->otherJson;
+        return Failure{{}, error->Text()};
+    }
+    const Clock::time_point start = Clock::now();
+    BuildFrom(file);
+    facts_.secondsTree = SecondsSince(start);
+    return std::nullopt;
+}
+
+void InputTree::BuildFrom(const TreeFile& file)
+{
+    std::vector<KUVUnicodeString> icons;
+    for (const std::string& icon : file.icons)
+        icons.emplace_back(icon);
+    nodes_.reserve(file.nodes.size());
+    sizeValues_.reserve(file.nodes.size());
+    colorValues_.reserve(file.nodes.size());
+    for (const TreeFileNode& entry : file.nodes) {
+        auto* const node = new VisDataTree(
+            nullptr, KUVUnicodeString(std::string(file.Label(entry))), icons[entry.icon]);
+        node->SetIsMergeable(entry.mergeable ? 1 : 0);
+        node->SetIsMerged(entry.merged ? 1 : 0);
+        node->SetIsLeafObject(entry.leafObject ? 1 : 0);
+        if (entry.parent == TreeFileNode::NO_PARENT) {
+            root_ = node;
+        } else {
+            // Nothing above remembers a count yet, so nothing has to be told.
+            nodes_[entry.parent]->InsertChild(node, /*resetCaches=*/0);
+            node->Release();
+        }
+        nodes_.push_back(node);
+        sizeValues_.push_back(entry.value);
+        colorValues_.push_back(entry.color);
+    }
+}
+
+// ---- every tree
+
+void InputTree::CollectNodes()
+{
+    std::vector<VisDataTree*> waiting{root_};
+    while (!waiting.empty()) {
+        VisDataTree* const node = waiting.back();
+        waiting.pop_back();
+        nodes_.push_back(node);
+        const std::vector<VisDataTree*>& children = node->GetChildren();
+        waiting.insert(waiting.end(), children.rbegin(), children.rend());
+    }
+}
+
+}  // namespace dataviz

@@ -1,0 +1,156 @@
+// dataviz: the command line tool. Reads the options, has the work done in a supervised child
+// process, and gives its output its name.
+
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <string>
+
+#include <unistd.h>
+
+#include "Commands.h"
+#include "Options.h"
+#include "OutputFile.h"
+#include "Supervisor.h"
+
+namespace {
+
+using namespace dataviz;  // NOLINT(google-build-using-namespace): the program is this namespace's
+
+constexpr int INPUT_OR_OUTPUT_ERROR = 1;
+constexpr int SIGNAL_BASE = 128;
+
+/// One line on standard error. Control characters in names of files must not break it.
+void Report(const std::string& file, std::string_view text)
+{
+    std::string line = "dataviz: " + file + ": ";
+    line += text;
+    for (char& c : line) {
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
+            c = '?';
+    }
+    std::fprintf(stderr, "%s\n", line.c_str());
+}
+
+/// Says how far the work is: on a terminal in one line that goes away again, elsewhere one line for
+/// each step with its time.
+class ProgressDisplay {
+public:
+    ProgressDisplay(ProgressMode mode, std::string file)
+        : isTerminal_(mode == ProgressMode::WhenTerminal && isatty(STDERR_FILENO) != 0),
+          isLog_(mode == ProgressMode::Always), file_(std::move(file))
+    {
+    }
+
+    void Show(std::string_view phase, double fraction)
+    {
+        if (isTerminal_) {
+            const std::string percent =
+                fraction < 0 ? "" : " " + std::to_string(static_cast<int>(fraction * 100)) + " %";
+            std::fprintf(stderr, "\r\033[K%s: %.*s%s", file_.c_str(),
+                         static_cast<int>(phase.size()), phase.data(), percent.c_str());
+        } else if (isLog_ && phase != phase_) {
+            EndPhase();
+            phase_ = phase;
+        }
+    }
+
+    /// Call before anything else is written and at the end.
+    void Clear()
+    {
+        if (isTerminal_)
+            std::fprintf(stderr, "\r\033[K");
+    }
+
+    void EndPhase()
+    {
+        const Clock::time_point now = Clock::now();
+        if (isLog_ && !phase_.empty()) {
+            char seconds[32];
+            std::snprintf(seconds, sizeof seconds, "%.3f s",
+                          std::chrono::duration<double>(now - start_).count());
+            Report(file_, phase_ + ": " + seconds);
+        }
+        start_ = now;
+        phase_.clear();
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    bool isTerminal_;
+    bool isLog_;
+    std::string file_;
+    std::string phase_;
+    Clock::time_point start_ = Clock::now();
+};
+
+/// Runs the work and gives the exit status of the program.
+template <typename Options, typename Work>
+int Run(const Options& options, const std::string& target, const Work& work)
+{
+    OutputFile output;
+    std::string problem = output.Open(target);
+    if (!problem.empty()) {
+        Report(target, problem);
+        return INPUT_OR_OUTPUT_ERROR;
+    }
+    ProgressDisplay progress(options.progress, options.input);
+    WorkListener listener;
+    listener.say = [&](std::string_view text) {
+        progress.Clear();
+        Report(options.input, text);
+    };
+    listener.progress = [&](std::string_view phase, double fraction) {
+        progress.Show(phase, fraction);
+    };
+    const WorkOutcome outcome =
+        Supervise([&](WorkChannel& channel) { work(options, output.TemporaryPath(), channel); },
+                  {options.model.memoryLimit, options.model.timeLimit}, listener);
+    progress.Clear();
+    progress.EndPhase();
+    switch (outcome.kind) {
+    case WorkOutcome::Kind::Interrupted:
+        return SIGNAL_BASE + outcome.status;
+    case WorkOutcome::Kind::Failed:
+        Report(outcome.failure.file.empty() ? options.input : outcome.failure.file,
+               outcome.failure.reason);
+        return INPUT_OR_OUTPUT_ERROR;
+    case WorkOutcome::Kind::Finished:
+        problem = output.Commit();
+        break;
+    }
+    if (!problem.empty()) {
+        Report(target, problem);
+        return INPUT_OR_OUTPUT_ERROR;
+    }
+    return outcome.status;
+}
+
+int RunCommandLine(int count, char** words)
+{
+    const CommandLine command = ParseCommandLine(count, words);
+    if (const auto* const answer = std::get_if<Answer>(&command)) {
+        std::fputs(answer->text.c_str(), answer->status == 0 ? stdout : stderr);
+        return std::fflush(stdout) == 0 ? answer->status : INPUT_OR_OUTPUT_ERROR;
+    }
+    if (const auto* const render = std::get_if<RenderOptions>(&command))
+        return Run(*render, render->output, RunRender);
+    return Run(std::get<InfoOptions>(command), "-", RunInfo);
+}
+
+}  // namespace
+
+int main(int count, char** words)
+{
+    // A reader that goes away is an error to report, not a reason to leave the temporary file
+    // behind.
+    std::signal(SIGPIPE, SIG_IGN);
+    try {
+        return RunCommandLine(count, words);
+    } catch (const std::exception& error) {
+        Report("internal error", error.what());
+        return INPUT_OR_OUTPUT_ERROR;
+    }
+}

@@ -1,0 +1,96 @@
+#include <cmath>
+#include <cstdio>
+#include <memory>
+#include <optional>
+
+#include "Commands.h"
+#include "FileWriting.h"
+#include "GeometryJson.h"
+#include "InputTree.h"
+#include "Picture.h"
+
+#include "core/MeasuringFont.h"
+#include "paint/PaintSession.h"
+#include "paint/Picture.h"
+
+namespace dataviz {
+
+namespace {
+
+struct ReleaseObject {
+    void operator()(KUVBaseUnknown* object) const { object->Release(); }
+};
+
+std::string PaintTo(const std::string& path, const Picture& picture, const RenderOptions& options)
+{
+    // The painter measures pixels with int; whoever asks for more gets the reason, not a
+    // wrap-around.
+    const double width =
+        std::round(static_cast<double>(options.width) * static_cast<double>(options.scale));
+    const double height =
+        std::round(static_cast<double>(options.height) * static_cast<double>(options.scale));
+    constexpr double LARGEST = 2147483647.0;
+    if (width > LARGEST || height > LARGEST)
+        return "the picture would be wider or higher than 2147483647 pixels";
+    if (width < 1 || height < 1)
+        return "the picture would have less than one pixel";
+    paint::PictureOptions wanted;
+    wanted.width = static_cast<int>(width);
+    wanted.height = static_cast<int>(height);
+    wanted.fontFamily = options.font == "none" ? std::string() : options.font;
+    paint::PictureFormat format = paint::PictureFormat::Png;
+    if (options.format == PictureFileFormat::Svg)
+        format = paint::PictureFormat::Svg;
+    else if (options.format == PictureFileFormat::Pdf)
+        format = paint::PictureFormat::Pdf;
+    std::string bytes;
+    std::string problem = paint::PaintPicture(picture.Scene(), wanted, format, bytes);
+    if (problem.empty()) {
+        problem = WriteFile(
+            path, [&](std::FILE* file) { std::fwrite(bytes.data(), 1, bytes.size(), file); });
+    }
+    return problem;
+}
+
+std::unique_ptr<core::MeasuringFont, ReleaseObject> FontOf(const RenderOptions& options,
+                                                           WorkChannel& channel)
+{
+    if (options.font == "none")
+        return nullptr;
+    std::string remark;
+    std::unique_ptr<core::MeasuringFont, ReleaseObject> font(paint::MakeFont(options.font, remark));
+    if (!remark.empty())
+        channel.Warn(remark);
+    return font;
+}
+
+}  // namespace
+
+void RunRender(const RenderOptions& options, const std::string& outputFile, WorkChannel& channel)
+{
+    InputTree tree;
+    if (const std::optional<Failure> failure = tree.Load(options.input, options.model, channel)) {
+        channel.Fail(*failure);
+        return;
+    }
+    channel.InputIsRead();
+    channel.Progress("drawing", -1);
+    const paint::PaintSession session;
+    const auto font = FontOf(options, channel);
+    Picture picture(tree, options.model);
+    picture.Draw(options, font.get());
+    channel.Progress("writing", -1);
+    std::string problem;
+    if (options.format == PictureFileFormat::Json) {
+        problem =
+            WriteFile(outputFile, [&](std::FILE* file) { WriteGeometry(picture, options, file); });
+    } else {
+        problem = PaintTo(outputFile, picture, options);
+    }
+    if (problem.empty())
+        channel.Finish(0);
+    else
+        channel.Fail({options.output, problem});
+}
+
+}  // namespace dataviz
