@@ -82,7 +82,7 @@ private:
 };
 
 /// Formats of a pixel image. Modules use the last one.
-enum KUVPixelFormat {
+enum KUVPixelFormat : int {
     KUVPixelFormat_Grey8 = 1,
     KUVPixelFormat_RGB8 = 2,
     /// Four bytes a pixel: red, green, blue, alpha.
@@ -185,7 +185,7 @@ private:
 };
 
 /// Which point of a text stands at its anchor.
-enum KUVAnchorPoint {
+enum KUVAnchorPoint : int {
     KUVAnchorPoint_LowerLeft = 0,
     KUVAnchorPoint_LowerMiddle = 1,
     KUVAnchorPoint_LowerRight = 2,
