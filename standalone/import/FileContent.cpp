@@ -111,6 +111,12 @@ ModelFormat FileContent::Format() const
     return format == ModelFormat::Unknown ? FormatByExtension() : format;
 }
 
+bool FileContent::ExtensionMisleads() const
+{
+    const ModelFormat byName = FormatByExtension();
+    return byName != ModelFormat::Unknown && std::strcmp(NameOf(byName), NameOf(Format())) != 0;
+}
+
 ModelFormat FileContent::FormatByContent() const
 {
     const std::string_view raw = head_;

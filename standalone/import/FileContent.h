@@ -43,6 +43,8 @@ public:
 
     /// By content where the content is unmistakable, else by the extension.
     ModelFormat Format() const;
+    /// Whether the extension is one that says another format than the content.
+    bool ExtensionMisleads() const;
 
 private:
     ModelFormat FormatByContent() const;

@@ -85,6 +85,13 @@ std::string TextMember(const json& object, const char* key)
     return ToUtf8(member->get_ref<const std::string&>());
 }
 
+/// Empty for a name that a converter made up from an entry of its own.
+std::string NameOfFile(const json& object)
+{
+    std::string name = Trimmed(TextMember(object, "name"));
+    return IsReaderPlaceholder(name) ? std::string() : name;
+}
+
 // ---- the two forms
 
 constexpr std::uint32_t GLB_HEADER = 12;
@@ -323,7 +330,7 @@ private:
         for (std::size_t i = 0; i < nodes.size(); ++i) {
             const json& source = ObjectAt(nodes, i, "node");
             GltfNode& node = file_.nodes[i];
-            node.name = Trimmed(TextMember(source, "name"));
+            node.name = NameOfFile(source);
             node.id = IdOf(source, i);
             if (const auto mesh = WholeMember(source, "mesh")) {
                 if (*mesh >= meshes)
@@ -388,7 +395,7 @@ private:
         if (scenes.empty() && !chosen)
             throw Refusal("the file has no scene");
         const json& scene = ObjectAt(scenes, chosen.value_or(0), "scene");
-        file_.sceneName = Trimmed(TextMember(scene, "name"));
+        file_.sceneName = NameOfFile(scene);
         std::vector<bool> isChild(file_.nodes.size(), false);
         for (const GltfNode& node : file_.nodes) {
             for (const std::uint32_t child : node.children)
@@ -510,7 +517,7 @@ private:
         file_.meshes.resize(meshes.size());
         for (std::size_t i = 0; i < meshes.size(); ++i) {
             const json& source = ObjectAt(meshes, i, "mesh");
-            file_.meshes[i].name = Trimmed(TextMember(source, "name"));
+            file_.meshes[i].name = NameOfFile(source);
             const json& primitives = ArrayOf(source, "primitives");
             if (primitives.empty())
                 throw Refusal(At("mesh", i) + " has no primitives");

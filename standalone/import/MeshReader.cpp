@@ -122,6 +122,8 @@ struct MeshNode {
 /// A name that the toolkit made up for a node or mesh without one.
 bool IsInvented(const std::string& name, const std::string& path)
 {
+    if (IsReaderPlaceholder(name))
+        return true;
     static const std::set<std::string> INVENTED{
         "defaultobject", "g_default", "DefaultMaterial", "$ColladaAutoName$", "ROOT", "RootNode",
         "3MF",           "XML"};
@@ -132,7 +134,7 @@ bool IsInvented(const std::string& name, const std::string& path)
 
 std::string NameFrom(const aiString& text, const std::string& path)
 {
-    std::string name = Trimmed(ToUtf8({text.C_Str(), text.length}));
+    const std::string name = Trimmed(ToUtf8({text.C_Str(), text.length}));
     return IsInvented(name, path) ? std::string() : name;
 }
 
@@ -557,7 +559,7 @@ std::string ReadGltf(const std::string& path, ModelFormat format, const ImportOp
         return reason;
     if (std::string reason = LimitDepth(file, options); !reason.empty())
         return reason;
-    model.warnings = file.warnings;
+    model.warnings.insert(model.warnings.end(), file.warnings.begin(), file.warnings.end());
     std::string reason;
     const std::string fault = RunGuarded([&] {
         Reading reading(path, format, monitor);

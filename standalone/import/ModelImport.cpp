@@ -102,6 +102,9 @@ ImportResult ImportModel(const std::string& path, const ImportOptions& options,
     const std::string place = std::filesystem::absolute(path).lexically_normal().string();
     auto model = std::make_unique<ImportedModel>();
     model->format = NameOf(content.Format());
+    if (content.ExtensionMisleads())
+        model->warnings.push_back("the content is read as " + model->format +
+                                  ", which is not what the extension says");
     const Stopwatch reading;
     result.error = Read(content.Format(), place, options, monitor, *model);
     if (result.error.empty() && !IsCancelled(monitor)) {

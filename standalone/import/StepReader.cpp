@@ -130,6 +130,8 @@ std::string JudgeStructure(const Handle(StepData_StepModel) & entities,
         if (!isUsed[i] || isAllUsed)
             skeleton.products[0].components.emplace_back().product = i;
     }
+    if (skeleton.products[0].components.size() == 1)
+        skeleton.root = skeleton.products[0].components[0].product;
     return JudgeExpansion(skeleton, options);
 }
 
