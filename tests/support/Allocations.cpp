@@ -1,15 +1,15 @@
 #include "support/Allocations.h"
 
+#include "support/PointerTable.h"
+
 #include "core/PixelMemory.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <cstdlib>
 #include <mutex>
 #include <new>
-#include <unordered_map>
 
 namespace {
 
@@ -42,42 +42,16 @@ bool MayAllocatePixels(std::size_t /*bytes*/) { return !MustFail(); }
 
 // ---- counting
 
-/// Takes memory past operator new, for the table that operator new itself writes to.
-template <class T>
-struct PlainAllocator {
-    using value_type = T;
-    PlainAllocator() = default;
-    template <class U>
-    PlainAllocator(const PlainAllocator<U>& /*other*/)
-    {
-    }
-    T* allocate(std::size_t count)
-    {
-        void* const memory = std::malloc(count * sizeof(T));
-        if (!memory)
-            std::abort();
-        return static_cast<T*>(memory);
-    }
-    void deallocate(T* memory, std::size_t /*count*/) { std::free(memory); }
-    friend bool operator==(const PlainAllocator& /*a*/, const PlainAllocator& /*b*/)
-    {
-        return true;
-    }
-};
-
 struct Block {
     std::size_t size;
     std::size_t number;
 };
 
-using Blocks = std::unordered_map<const void*, Block, std::hash<const void*>, std::equal_to<>,
-                                  PlainAllocator<std::pair<const void* const, Block>>>;
-
 /// All live allocations made while somebody counts. Never destroyed: blocks are freed until the
 /// very end of the process.
 struct Table {
     std::mutex mutex;
-    Blocks blocks;
+    support::PointerTable<Block> blocks;
     std::size_t lastNumber = 0;
     int scopes = 0;
 };
@@ -93,14 +67,14 @@ void Remember(const void* block, std::size_t size)
     Table& table = TheTable();
     const std::lock_guard<std::mutex> guard(table.mutex);
     if (table.scopes > 0 && !plan.paused)
-        table.blocks[block] = {size, ++table.lastNumber};
+        table.blocks.Put(block, {size, ++table.lastNumber});
 }
 
 void Forget(const void* block)
 {
     Table& table = TheTable();
     const std::lock_guard<std::mutex> guard(table.mutex);
-    table.blocks.erase(block);
+    table.blocks.Erase(block);
 }
 
 void* Allocate(std::size_t size, std::size_t alignment) noexcept
@@ -254,7 +228,7 @@ AllocationScope::~AllocationScope()
     Table& table = TheTable();
     const std::lock_guard<std::mutex> guard(table.mutex);
     if (--table.scopes == 0)
-        table.blocks.clear();
+        table.blocks.Clear();
 }
 
 std::size_t AllocationScope::CountLive() const
@@ -277,10 +251,10 @@ void VisitLiveAllocations(std::size_t begin,
 {
     Table& table = TheTable();
     const std::lock_guard<std::mutex> guard(table.mutex);
-    for (const auto& [block, record] : table.blocks) {
+    table.blocks.ForEach([&](const void* block, const Block& record) {
         if (record.number > begin)
             visit(block, record.size);
-    }
+    });
 }
 
 std::size_t CurrentAllocationNumber()

@@ -1,19 +1,17 @@
 #include "support/LiveInstances.h"
 
 #include "support/Allocations.h"
+#include "support/PointerTable.h"
 
 #include "core/ObjectObserver.h"
 #include "core/PixelMemory.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <memory>
 #include <mutex>
-#include <unordered_map>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -25,32 +23,32 @@ public:
     void ObjectMade(const KUVBaseUnknown* object) noexcept override
     {
         const std::lock_guard<std::mutex> guard(mutex_);
-        const support::UncountedAllocations uncounted;
-        objects_.insert(object);
+        objects_.Put(object, 0);
     }
 
     void ObjectDestroyed(const KUVBaseUnknown* object) noexcept override
     {
         const std::lock_guard<std::mutex> guard(mutex_);
-        objects_.erase(object);
+        objects_.Erase(object);
     }
 
     void Clear()
     {
         const std::lock_guard<std::mutex> guard(mutex_);
-        objects_.clear();
+        objects_.Clear();
     }
 
     void CountByClass(std::map<std::string, std::size_t>& counts)
     {
         const std::lock_guard<std::mutex> guard(mutex_);
-        for (const KUVBaseUnknown* const object : objects_)
-            ++counts[object->IsA()];
+        objects_.ForEach([&counts](const void* object, char /*value*/) {
+            ++counts[static_cast<const KUVBaseUnknown*>(object)->IsA()];
+        });
     }
 
 private:
     std::mutex mutex_;
-    std::unordered_set<const KUVBaseUnknown*> objects_;
+    support::PointerTable<char> objects_;
 };
 
 struct Watched {
