@@ -59,11 +59,13 @@ LabelFonts::LabelFonts(const std::string& family)
     hasFont_ = !GetResolvedFamily().isEmpty();
 }
 
-LabelFont LabelFonts::Make(int em) const
+LabelFont LabelFonts::Make(int em, double height) const
 {
     QFont font(base_);
     font.setPixelSize(em);
-    return {font, QFontMetricsF(font), em};
+    const QFontMetricsF metrics(font);
+    const double below = std::round(metrics.descent());
+    return {font, metrics, em, height - below, below};
 }
 
 const LabelFont& LabelFonts::AtSize(float size)
@@ -72,11 +74,12 @@ const LabelFont& LabelFonts::AtSize(float size)
     const auto known = bySize_.find(height);
     if (known != bySize_.end())
         return known->second;
+    const auto lineHeight = static_cast<double>(height);
     int em = static_cast<int>(height);
-    LabelFont made = Make(em);
-    while (em > 1 && made.metrics.ascent() + made.metrics.descent() > static_cast<double>(height)) {
+    LabelFont made = Make(em, lineHeight);
+    while (em > 1 && made.metrics.ascent() + made.metrics.descent() > lineHeight) {
         --em;
-        made = Make(em);
+        made = Make(em, lineHeight);
     }
     return bySize_.emplace(height, made).first->second;
 }
@@ -84,9 +87,6 @@ const LabelFont& LabelFonts::AtSize(float size)
 TextPlacement LabelFonts::Place(const PlacedText& text)
 {
     const LabelFont& font = AtSize(text.size);
-    const double ascent = font.metrics.ascent();
-    const double descent = font.metrics.descent();
-    const double size = static_cast<double>(text.size);
     TextPlacement placed;
     placed.shown = ShownText(*text.text);
     placed.width = font.metrics.horizontalAdvance(placed.shown);
@@ -98,18 +98,19 @@ TextPlacement LabelFonts::Place(const PlacedText& text)
     if (overhang > 0.0 && overhang < 1.0)
         placed.left = std::max<double>(text.clip.left, placed.left - overhang);
 
-    const double top = text.y - size * (2 - row) / 2.0;
-    placed.baseline = static_cast<int>(std::round(top + (size - ascent - descent) / 2.0 + ascent));
+    const double bottom = text.y + static_cast<double>(text.size) * row / 2.0;
+    placed.baseline = static_cast<int>(std::round(bottom - font.below));
     // Rounded to the wrong side, a line may miss its area by less than a pixel.
-    if (placed.baseline - ascent < text.clip.top &&
-        placed.baseline + 1 + descent <= text.clip.bottom)
+    if (placed.baseline - font.above < text.clip.top &&
+        placed.baseline + 1 + font.below <= text.clip.bottom)
         ++placed.baseline;
-    else if (placed.baseline + descent > text.clip.bottom &&
-             placed.baseline - 1 - ascent >= text.clip.top)
+    else if (placed.baseline + font.below > text.clip.bottom &&
+             placed.baseline - 1 - font.above >= text.clip.top)
         --placed.baseline;
-    placed.needsClip =
-        placed.left < text.clip.left || placed.left + placed.width > text.clip.right + 0.01 ||
-        placed.baseline - ascent < text.clip.top || placed.baseline + descent > text.clip.bottom;
+    placed.needsClip = placed.left < text.clip.left ||
+                       placed.left + placed.width > text.clip.right + 0.01 ||
+                       placed.baseline - font.above < text.clip.top ||
+                       placed.baseline + font.below > text.clip.bottom;
     return placed;
 }
 

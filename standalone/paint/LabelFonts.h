@@ -28,6 +28,11 @@ struct LabelFont {
     QFontMetricsF metrics;
     /// Size of the em square in whole pixels.
     int em = 1;
+    /// How the line's height is divided by its baseline, in pixels. The lower part is whole, so a
+    /// line that starts on a whole pixel and is a whole number of pixels high has its baseline on
+    /// one too.
+    double above = 0.0;
+    double below = 0.0;
 };
 
 /// A text brought to its place: `left` and `baseline` in pixels, y downwards.
@@ -36,7 +41,7 @@ struct TextPlacement {
     double left = 0.0;
     double width = 0.0;
     int baseline = 0;
-    /// Something of the text would stand outside its clip.
+    /// Something of the text's line would stand outside its clip.
     bool needsClip = false;
 };
 
@@ -66,7 +71,7 @@ public:
     bool HasFont() const { return hasFont_; }
 
 private:
-    LabelFont Make(int em) const;
+    LabelFont Make(int em, double height) const;
 
     QFont base_;
     bool hasFont_ = false;

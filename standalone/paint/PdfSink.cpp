@@ -23,17 +23,14 @@ void PdfSink::FillBox(const PixelBox& box, KUVColor color)
     painter_.fillRect(ToQRect(box), ToQColor(color));
 }
 
-void PdfSink::OutlineBox(const PixelBox& box, KUVColor color)
+void PdfSink::OutlineBox(const PixelBox& box, int width, KUVColor color)
 {
-    if (box.Width() <= 2 || box.Height() <= 2) {
-        FillBox(box, color);
-        return;
-    }
-    QPen pen(ToQColor(color), 1.0);
+    QPen pen(ToQColor(color), width);
     pen.setJoinStyle(Qt::MiterJoin);
     painter_.setPen(pen);
     painter_.setBrush(Qt::NoBrush);
-    painter_.drawRect(ToQRect(box).adjusted(0.5, 0.5, -0.5, -0.5));
+    const double half = width / 2.0;
+    painter_.drawRect(ToQRect(box).adjusted(half, half, -half, -half));
 }
 
 void PdfSink::Polygon(const std::vector<PixelPoint>& points, bool filled, KUVColor color)

@@ -19,7 +19,7 @@ public:
     PdfSink(QPainter& painter, LabelFonts& fonts);
 
     void FillBox(const PixelBox& box, KUVColor color) override;
-    void OutlineBox(const PixelBox& box, KUVColor color) override;
+    void OutlineBox(const PixelBox& box, int width, KUVColor color) override;
     void Polygon(const std::vector<PixelPoint>& points, bool filled, KUVColor color) override;
     void Image(const PlacedImage& image) override;
     void Text(const PlacedText& text) override;

@@ -49,7 +49,7 @@ std::string PaintPng(const KUV2DBagRep& scene, const PictureOptions& options, La
         band.fill(qRgb(options.background.r, options.background.g, options.background.b));
         {
             RasterSink sink(band, first, fonts);
-            WalkPicture(scene, width, options.height, sink);
+            WalkPicture(scene, options.width, options.height, options.lineWidth, sink);
         }
         writer.Add(count, [&band, first, width](int y, unsigned char* row) {
             const auto* const line = reinterpret_cast<const QRgb*>(band.constScanLine(y - first));
@@ -66,10 +66,10 @@ std::string PaintPng(const KUV2DBagRep& scene, const PictureOptions& options, La
 std::string PaintSvg(const KUV2DBagRep& scene, const PictureOptions& options, LabelFonts& fonts,
                      std::string& bytes)
 {
-    SvgImages images;
-    WalkPicture(scene, options.width, options.height, images);
-    SvgSink sink(bytes, options, fonts, images);
-    WalkPicture(scene, options.width, options.height, sink);
+    SvgContents contents;
+    WalkPicture(scene, options.width, options.height, options.lineWidth, contents);
+    SvgSink sink(bytes, options, fonts, contents);
+    WalkPicture(scene, options.width, options.height, options.lineWidth, sink);
     sink.Finish();
     return {};
 }
@@ -96,7 +96,7 @@ std::string PaintPdf(const KUV2DBagRep& scene, const PictureOptions& options, La
         KUVColor background = options.background;
         background.a = 255;
         sink.FillBox({0, 0, options.width, options.height}, background);
-        WalkPicture(scene, options.width, options.height, sink);
+        WalkPicture(scene, options.width, options.height, options.lineWidth, sink);
     }
     if (!painter.end())
         return "the PDF cannot be written";

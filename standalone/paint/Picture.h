@@ -15,6 +15,8 @@ struct PictureOptions {
     /// The picture's size in pixels; it shows the world rectangle (0, 0) to (`width`, `height`).
     int width = 0;
     int height = 0;
+    /// Width of contours in pixels, 1 to 64. Pictures for dense screens take the scale, rounded.
+    int lineWidth = 1;
     /// Family of the label font; empty for the system's sans-serif font.
     std::string fontFamily;
     /// Colour of what no rep covers. Pictures are opaque: the alpha byte is not used.
@@ -33,9 +35,9 @@ constexpr int MAX_PNG_SIDE = 32767;
 /// `PaintSession`; call it on the thread that made the session. Never throws.
 ///
 /// All three formats place everything alike: rectangles cover the pixels whose centres they cover
-/// (neighbours neither overlap nor leave a seam), contours are one pixel wide and lie inside their
-/// rectangle, images stand pixel on pixel, texts on whole baselines. A text is cut at the area that
-/// the other reps of its bag cover; icons do not count for that.
+/// (neighbours neither overlap nor leave a seam), contours lie inside their rectangle, images stand
+/// pixel on pixel, texts on whole baselines. A text is cut at the area that the other reps of its
+/// bag cover; icons do not count for that.
 ///
 /// A PNG costs memory for at most 64 Mi pixels at a time, whatever its size.
 std::string PaintPicture(const KUV2DBagRep& scene, const PictureOptions& options,

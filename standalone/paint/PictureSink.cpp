@@ -13,6 +13,8 @@ namespace {
 /// Far enough outside every picture, near enough that sums of a few still are whole numbers.
 constexpr double FAR_AWAY = 1 << 28;
 
+constexpr int MOST_LINE_WIDTH = 64;
+
 /// The first pixel whose centre is not before `position`.
 int FirstPixel(double position)
 {
@@ -37,7 +39,11 @@ bool IsUprightRectangle(const std::vector<float>& p)
 
 class Walk {
 public:
-    Walk(int width, int height, PictureSink& sink) : picture_{0, 0, width, height}, sink_(sink) {}
+    Walk(int width, int height, int lineWidth, PictureSink& sink)
+        : picture_{0, 0, width, height}, lineWidth_(std::clamp(lineWidth, 1, MOST_LINE_WIDTH)),
+          sink_(sink)
+    {
+    }
 
     void Run(const KUV2DBagRep& scene)
     {
@@ -182,11 +188,20 @@ private:
             if (!visible.IsEmpty())
                 sink_.FillBox(visible, rep.GetColor());
         } else if (!Intersection(box, picture_).IsEmpty()) {
-            // Edges far outside only have to stay outside.
-            const PixelBox near{picture_.left - 8, picture_.top - 8, picture_.right + 8,
-                                picture_.bottom + 8};
-            sink_.OutlineBox(Intersection(box, near), rep.GetColor());
+            OutlineBox(box, rep.GetColor());
         }
+    }
+
+    void OutlineBox(const PixelBox& box, KUVColor color)
+    {
+        // Edges far outside only have to stay outside.
+        constexpr int MARGIN = 2 * MOST_LINE_WIDTH;
+        const PixelBox near = Intersection(
+            box, {-MARGIN, -MARGIN, picture_.right + MARGIN, picture_.bottom + MARGIN});
+        if (near.Width() > 2 * lineWidth_ && near.Height() > 2 * lineWidth_)
+            sink_.OutlineBox(near, lineWidth_, color);
+        else
+            sink_.FillBox(Intersection(near, picture_), color);
     }
 
     void VisitOtherPolygon(const KUV2DPolygonRep& rep, const std::vector<float>& points)
@@ -221,6 +236,7 @@ private:
     }
 
     PixelBox picture_;
+    int lineWidth_;
     PictureSink& sink_;
     std::vector<Level> stack_;
     std::unordered_set<const KUV2DBagRep*> onStack_;
@@ -244,9 +260,9 @@ PixelBox Union(const PixelBox& a, const PixelBox& b)
             std::max(a.bottom, b.bottom)};
 }
 
-void WalkPicture(const KUV2DBagRep& scene, int width, int height, PictureSink& sink)
+void WalkPicture(const KUV2DBagRep& scene, int width, int height, int lineWidth, PictureSink& sink)
 {
-    Walk(width, height, sink).Run(scene);
+    Walk(width, height, lineWidth, sink).Run(scene);
 }
 
 }  // namespace paint

@@ -63,21 +63,22 @@ public:
     virtual void EndBag() {}
     /// Fills `box`, which is not empty and lies within the picture.
     virtual void FillBox(const PixelBox& box, KUVColor color) = 0;
-    /// Draws a line of one pixel inside the edges of `box`, which may reach over the picture's
-    /// edges.
-    virtual void OutlineBox(const PixelBox& box, KUVColor color) = 0;
-    /// Any other polygon; at least two points, all finite.
+    /// Draws a line of `width` pixels inside the edges of `box`, which may reach over the picture's
+    /// edges and is larger than twice the line in both directions.
+    virtual void OutlineBox(const PixelBox& box, int width, KUVColor color) = 0;
+    /// Any other polygon, filled or as a line of one pixel; at least two points, all finite.
     virtual void Polygon(const std::vector<PixelPoint>& points, bool filled, KUVColor color) = 0;
     virtual void Image(const PlacedImage& image) = 0;
     virtual void Text(const PlacedText& text) = 0;
 };
 
-/// Hands the shown reps below `scene` to `sink` in painting order.
+/// Hands the shown reps below `scene` to `sink` in painting order, contours as lines of `lineWidth`
+/// pixels (1 to 64).
 ///
 /// Reps with coordinates that are not finite, without extent or wholly outside a picture of `width`
 /// x `height` pixels are left out, empty texts too. Keeps its own stack: any depth will do, and a
 /// bag that hangs in itself is not walked again.
-void WalkPicture(const KUV2DBagRep& scene, int width, int height, PictureSink& sink);
+void WalkPicture(const KUV2DBagRep& scene, int width, int height, int lineWidth, PictureSink& sink);
 
 }  // namespace paint
 

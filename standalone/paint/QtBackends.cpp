@@ -38,12 +38,9 @@ float QtFontBackend::Kerning(char32_t left, char32_t right, float size)
                               metrics.horizontalAdvance(Characters({right})));
 }
 
-float QtFontBackend::Ascent(float size) { return size - Descent(size); }
+float QtFontBackend::Ascent(float size) { return static_cast<float>(fonts_.AtSize(size).above); }
 
-float QtFontBackend::Descent(float size)
-{
-    return static_cast<float>(fonts_.AtSize(size).metrics.descent());
-}
+float QtFontBackend::Descent(float size) { return static_cast<float>(fonts_.AtSize(size).below); }
 
 KUVPixelImage* QtImageBackend::Load(const std::string& path)
 {

@@ -65,16 +65,14 @@ void RasterSink::FillBox(const PixelBox& box, KUVColor color)
     }
 }
 
-void RasterSink::OutlineBox(const PixelBox& box, KUVColor color)
+void RasterSink::OutlineBox(const PixelBox& box, int width, KUVColor color)
 {
-    if (box.Width() <= 2 || box.Height() <= 2) {
-        FillBox(box, color);
-        return;
-    }
-    FillBox({box.left, box.top, box.right, box.top + 1}, color);
-    FillBox({box.left, box.bottom - 1, box.right, box.bottom}, color);
-    FillBox({box.left, box.top + 1, box.left + 1, box.bottom - 1}, color);
-    FillBox({box.right - 1, box.top + 1, box.right, box.bottom - 1}, color);
+    const int innerTop = box.top + width;
+    const int innerBottom = box.bottom - width;
+    FillBox({box.left, box.top, box.right, innerTop}, color);
+    FillBox({box.left, innerBottom, box.right, box.bottom}, color);
+    FillBox({box.left, innerTop, box.left + width, innerBottom}, color);
+    FillBox({box.right - width, innerTop, box.right, innerBottom}, color);
 }
 
 void RasterSink::Polygon(const std::vector<PixelPoint>& points, bool filled, KUVColor color)

@@ -49,12 +49,12 @@ std::string HexColor(KUVColor color)
 
 // ---- images
 
-SvgImages::ImageKey SvgImages::KeyOf(const PlacedImage& image)
+SvgContents::ImageKey SvgContents::KeyOf(const PlacedImage& image)
 {
     return {image.image, image.hasAlpha, image.box.Width(), image.box.Height()};
 }
 
-void SvgImages::Image(const PlacedImage& image)
+void SvgContents::Image(const PlacedImage& image)
 {
     Entry*& known = byImage_[KeyOf(image)];
     if (!known) {
@@ -70,16 +70,17 @@ void SvgImages::Image(const PlacedImage& image)
     ++known->uses;
 }
 
-SvgImages::Entry& SvgImages::Find(const PlacedImage& image) { return *byImage_.at(KeyOf(image)); }
+SvgContents::Entry& SvgContents::Find(const PlacedImage& image)
+{
+    return *byImage_.at(KeyOf(image));
+}
 
 // ---- the file
 
 SvgSink::SvgSink(std::string& file, const PictureOptions& options, LabelFonts& fonts,
-                 SvgImages& images)
-    : file_(file), fonts_(fonts), images_(images)
+                 SvgContents& contents)
+    : file_(file), fonts_(fonts), contents_(contents)
 {
-    constexpr float LARGE = 1000.0f;
-    const LabelFont& font = fonts.AtSize(LARGE);
     const std::string width = std::to_string(options.width);
     const std::string height = std::to_string(options.height);
     QString family = fonts.GetResolvedFamily();
@@ -88,8 +89,7 @@ SvgSink::SvgSink(std::string& file, const PictureOptions& options, LabelFonts& f
              "<svg xmlns=\"http://www.w3.org/2000/svg\""
              " xmlns:xlink=\"http://www.w3.org/1999/xlink\" width=\"" +
              width + "\" height=\"" + height + "\" viewBox=\"0 0 " + width + ' ' + height +
-             "\" xml:space=\"preserve\" data-ascent=\"" + Number(font.metrics.ascent() / font.em) +
-             "\" data-descent=\"" + Number(font.metrics.descent() / font.em) + "\">\n";
+             "\" xml:space=\"preserve\" data-lines=\"" + Lines() + "\">\n";
     if (!options.title.empty())
         file_ +=
             "<title>" + Escaped(ShownText(KUVUnicodeString(options.title.c_str()))) + "</title>\n";
@@ -101,6 +101,17 @@ SvgSink::SvgSink(std::string& file, const PictureOptions& options, LabelFonts& f
     background.a = 255;
     WriteColor("fill", background);
     file_ += "/>\n";
+}
+
+std::string SvgSink::Lines()
+{
+    std::string lines;
+    for (const float size : contents_.GetTextSizes()) {
+        const LabelFont& font = fonts_.AtSize(size);
+        lines += (lines.empty() ? "" : ";") + std::to_string(font.em) + ' ' + Number(font.above) +
+                 ' ' + Number(font.below);
+    }
+    return lines;
 }
 
 void SvgSink::Finish()
@@ -167,20 +178,18 @@ void SvgSink::FillBox(const PixelBox& box, KUVColor color)
     file_ += "/>\n";
 }
 
-void SvgSink::OutlineBox(const PixelBox& box, KUVColor color)
+void SvgSink::OutlineBox(const PixelBox& box, int width, KUVColor color)
 {
-    if (box.Width() <= 2 || box.Height() <= 2) {
-        FillBox(box, color);
-        return;
-    }
     OpenGroups();
     file_ += "<rect";
-    WriteNumber("x", box.left + 0.5);
-    WriteNumber("y", box.top + 0.5);
-    WriteNumber("width", box.Width() - 1);
-    WriteNumber("height", box.Height() - 1);
+    WriteNumber("x", box.left + width / 2.0);
+    WriteNumber("y", box.top + width / 2.0);
+    WriteNumber("width", box.Width() - width);
+    WriteNumber("height", box.Height() - width);
     file_ += " fill=\"none\"";
     WriteColor("stroke", color);
+    if (width != 1)
+        WriteNumber("stroke-width", width);
     file_ += "/>\n";
 }
 
@@ -197,7 +206,7 @@ void SvgSink::Polygon(const std::vector<PixelPoint>& points, bool filled, KUVCol
     file_ += "/>\n";
 }
 
-void SvgSink::WriteImage(const SvgImages::Entry& entry, const PlacedImage& image)
+void SvgSink::WriteImage(const SvgContents::Entry& entry, const PlacedImage& image)
 {
     WriteNumber("width", image.box.Width());
     WriteNumber("height", image.box.Height());
@@ -211,7 +220,7 @@ void SvgSink::WriteImage(const SvgImages::Entry& entry, const PlacedImage& image
 void SvgSink::Image(const PlacedImage& image)
 {
     OpenGroups();
-    SvgImages::Entry& entry = images_.Find(image);
+    SvgContents::Entry& entry = contents_.Find(image);
     if (entry.uses > 1 && entry.id == 0) {
         entry.id = ++lastImageId_;
         file_ += "<defs><image id=\"i" + std::to_string(entry.id) + '"';

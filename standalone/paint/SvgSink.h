@@ -13,11 +13,12 @@
 
 namespace paint {
 
-/// The images of a picture as PNG files in base64, each different content once.
+/// What has to be known of a picture before its SVG is written: the sizes of its texts, and its
+/// images as PNG files in base64, each different content once.
 ///
 /// Runs over the picture before the SVG is written: what is shown more than once is then written
 /// once and referred to.
-class SvgImages : public PictureSink {
+class SvgContents : public PictureSink {
 public:
     struct Entry {
         std::string base64;
@@ -27,10 +28,12 @@ public:
     };
 
     void FillBox(const PixelBox&, KUVColor) override {}
-    void OutlineBox(const PixelBox&, KUVColor) override {}
+    void OutlineBox(const PixelBox&, int, KUVColor) override {}
     void Polygon(const std::vector<PixelPoint>&, bool, KUVColor) override {}
     void Image(const PlacedImage& image) override;
-    void Text(const PlacedText&) override {}
+    void Text(const PlacedText& text) override { textSizes_.insert(text.size); }
+
+    const std::set<float>& GetTextSizes() const { return textSizes_; }
 
     /// The entry of an image that was seen before, as large as it is shown.
     Entry& Find(const PlacedImage& image);
@@ -42,19 +45,21 @@ private:
     /// By content and shown size; entries of `byImage_` point into it.
     std::unordered_map<std::string, Entry> byContent_;
     std::map<ImageKey, Entry*> byImage_;
+    std::set<float> textSizes_;
 };
 
 /// Writes a picture as SVG.
 ///
 /// Every bag is a `<g>` with its rectangles, images and texts in painting order. A text is a
 /// `<text>` at the start of its baseline; `textLength` holds the width with which it was measured,
-/// so that it keeps to its box in readers that have another font. The root element's `data-ascent`
-/// and `data-descent` give the font's extent above and below the baseline as fractions of the
-/// `font-size`.
+/// so that it keeps to its box in readers that have another font. The root element's `data-lines`
+/// lists the lines of text in the picture, separated by semicolons: the `font-size` and the heights
+/// above and below the baseline, in pixels.
 class SvgSink : public PictureSink {
 public:
     /// Appends to `file`. All arguments must outlive the sink.
-    SvgSink(std::string& file, const PictureOptions& options, LabelFonts& fonts, SvgImages& images);
+    SvgSink(std::string& file, const PictureOptions& options, LabelFonts& fonts,
+            SvgContents& contents);
 
     /// Ends the file.
     void Finish();
@@ -62,22 +67,23 @@ public:
     void BeginBag() override;
     void EndBag() override;
     void FillBox(const PixelBox& box, KUVColor color) override;
-    void OutlineBox(const PixelBox& box, KUVColor color) override;
+    void OutlineBox(const PixelBox& box, int width, KUVColor color) override;
     void Polygon(const std::vector<PixelPoint>& points, bool filled, KUVColor color) override;
     void Image(const PlacedImage& image) override;
     void Text(const PlacedText& text) override;
 
 private:
+    std::string Lines();
     void OpenGroups();
     void WriteNumber(const char* name, double number);
     void WriteBox(const PixelBox& box);
     void WriteColor(const char* name, KUVColor color);
-    void WriteImage(const SvgImages::Entry& entry, const PlacedImage& image);
+    void WriteImage(const SvgContents::Entry& entry, const PlacedImage& image);
     int ClipId(const PixelBox& clip);
 
     std::string& file_;
     LabelFonts& fonts_;
-    SvgImages& images_;
+    SvgContents& contents_;
     int openGroups_ = 0;
     int wantedGroups_ = 0;
     int lastImageId_ = 0;

@@ -72,9 +72,11 @@ TEST(LabelFonts, EveryCodePointIsShownAsSomethingXmlAllows)
 TEST(QtFontBackend, AscentAndDescentAreThoseOfTheLine)
 {
     paint::QtFontBackend backend("");
-    EXPECT_GT(backend.Ascent(14.0f), 9.0f);
-    EXPECT_GT(backend.Descent(14.0f), 1.0f);
-    EXPECT_LE(backend.Ascent(14.0f) + backend.Descent(14.0f), 14.0f);
+    for (const float size : {9.8f, 14.0f, 28.0f}) {
+        EXPECT_FLOAT_EQ(backend.Ascent(size) + backend.Descent(size), size);
+        EXPECT_GT(backend.Ascent(size), 3.0f * backend.Descent(size));
+        EXPECT_FLOAT_EQ(backend.Descent(size), std::round(backend.Descent(size)));
+    }
 }
 
 TEST(QtFontBackend, PairsAreKerned)

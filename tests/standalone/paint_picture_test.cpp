@@ -92,6 +92,33 @@ TEST(Picture, EdgesOfAContourOutsideThePictureStayOutside)
     EXPECT_EQ(Letters(PaintPng(scene, 3, 3)), (Rows{"...", "bb.", ".b."}));
 }
 
+TEST(Picture, ContoursAreAsWideAsAsked)
+{
+    Bag scene;
+    scene.Contour(1, 0, 6, 5, BLUE);
+    scene.Contour(8, 0, 4, 5, BLUE);
+    paint::PictureOptions options;
+    options.width = 12;
+    options.height = 5;
+    options.lineWidth = 2;
+    for (const auto format :
+         {paint::PictureFormat::Png, paint::PictureFormat::Svg, paint::PictureFormat::Pdf}) {
+        std::string bytes;
+        ASSERT_EQ(paint::PaintPicture(scene.Rep(), options, format, bytes), "");
+        if (format == paint::PictureFormat::Png) {
+            EXPECT_EQ(Letters(QImage::fromData(reinterpret_cast<const uchar*>(bytes.data()),
+                                               static_cast<int>(bytes.size()))),
+                      (Rows{".bbbbbb.bbbb", ".bbbbbb.bbbb", ".bb..bb.bbbb", ".bbbbbb.bbbb",
+                            ".bbbbbb.bbbb"}));
+        }
+        if (format == paint::PictureFormat::Svg) {
+            EXPECT_NE(bytes.find("x=\"2\" y=\"1\" width=\"4\" height=\"3\" fill=\"none\" "
+                                 "stroke=\"#0000ff\" stroke-width=\"2\""),
+                      std::string::npos);
+        }
+    }
+}
+
 TEST(Picture, BoxesAreFoundFromAnyCornerAndInEitherSense)
 {
     Bag scene;
