@@ -53,7 +53,7 @@ def check_exports(module):
 
 
 def host_declarations():
-    """The words of the preprocessed text of host/ alone, as {class or function: set of words in it}."""
+    """The words of the preprocessed text of host/ alone."""
     lines = "".join(f'#include "{header}"\n' for header in sources((".h",), ("host",)))
     command = ["g++", "-std=c++17", "-E", "-x", "c++", f"-I{ROOT}", f"-I{ROOT}/host", "-"]
     text = subprocess.run(command, input=lines, capture_output=True, text=True, check=True).stdout
@@ -70,8 +70,8 @@ def host_declarations():
 def words_of(symbol):
     """`vtable for A::B`, `A::F(int) const` and the like as the names A, B or A, F."""
     name = re.sub(r"^(vtable|typeinfo|typeinfo name|VTT|guard variable|(non-)?virtual thunk) (for|to) ", "", symbol)
-    name = re.sub(r"<.*?>", "", name.split("(")[0])
-    return name.split("::")
+    name = re.sub(r"operator\W+", "operator", name.split("(")[0])
+    return re.sub(r"<.*?>", "", name).split("::")
 
 
 def check_undefined(module, host):
