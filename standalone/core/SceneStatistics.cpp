@@ -135,7 +135,8 @@ void core::ForgetSceneStatistics() noexcept
     if (!remembersBags)
         return;
     remembersBags = false;
-    RememberedBags().clear();
+    // Not `clear`, which keeps the table of what may have been millions of bags.
+    Memos().swap(RememberedBags());
 }
 
 KUVResult KUVSceneGraphStatHelper::KUVGetSceneGraphRepStats(KUVRep* rep, KUVSceneGraphStats& stats)
