@@ -96,6 +96,28 @@ std::string WithAlignedJson(const FileContent& content, const std::string& path)
     return bytes;
 }
 
+/// Where a number begins with its point: after a blank, before a digit.
+bool IsBarePoint(const std::string& text, std::size_t at)
+{
+    return text[at] == '.' && at > 0 && (text[at - 1] == ' ' || text[at - 1] == '\t') &&
+           at + 1 < text.size() && text[at + 1] >= '0' && text[at + 1] <= '9';
+}
+
+/// Puts a zero before bare points; empty when there are none.
+std::string WithLeadingZeros(const std::string& text)
+{
+    std::string mended;
+    std::size_t copied = 0;
+    for (std::size_t at = text.find('.'); at != std::string::npos; at = text.find('.', at + 1)) {
+        if (!IsBarePoint(text, at))
+            continue;
+        mended.append(text, copied, at - copied);
+        mended += '0';
+        copied = at;
+    }
+    return mended.empty() ? mended : mended.append(text, copied);
+}
+
 }  // namespace
 
 std::string MendedBytes(const std::string& path, ModelFormat format)
@@ -103,11 +125,14 @@ std::string MendedBytes(const std::string& path, ModelFormat format)
     const FileContent content(path);
     if (format == ModelFormat::Glb)
         return WithAlignedJson(content, path);
-    if (content.Head().substr(0, 2) == "\xFE\xFF")
-        return FromUtf16(Bytes(path), /*bigEndian=*/true);
-    if (content.Head().substr(0, 2) == "\xFF\xFE")
-        return FromUtf16(Bytes(path), /*bigEndian=*/false);
-    return {};
+    std::string text;
+    const bool isBigEndian = content.Head().substr(0, 2) == "\xFE\xFF";
+    if (isBigEndian || content.Head().substr(0, 2) == "\xFF\xFE")
+        text = FromUtf16(Bytes(path), isBigEndian);
+    if (format != ModelFormat::Obj)
+        return text;
+    std::string mended = WithLeadingZeros(text.empty() ? Bytes(path) : text);
+    return mended.empty() ? text : mended;
 }
 
 }  // namespace kuvimport

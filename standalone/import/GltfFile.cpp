@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <filesystem>
@@ -167,14 +168,31 @@ Source ReadText(const std::string& path)
 /// Nesting that no glTF file needs, and that would cost the parser's consumers their stack.
 constexpr int DEEPEST_JSON = 256;
 
+int NestingOf(const std::string& text)
+{
+    int depth = 0;
+    int deepest = 0;
+    bool inString = false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (inString && c == '\\')
+            ++i;
+        else if (c == '"')
+            inString = !inString;
+        else if (!inString && (c == '[' || c == '{'))
+            deepest = std::max(deepest, ++depth);
+        else if (!inString && (c == ']' || c == '}'))
+            --depth;
+    }
+    return deepest;
+}
+
 json Parse(const std::string& text)
 {
-    const json::parser_callback_t watch = [](int depth, json::parse_event_t, json&) {
-        if (depth > DEEPEST_JSON)
-            throw Refusal("the JSON is nested too deeply");
-        return true;
-    };
-    json root = json::parse(text, watch, /*allow_exceptions=*/false);
+    // Judged beforehand: the parser's own callback walks each list again for every entry.
+    if (NestingOf(text) > DEEPEST_JSON)
+        throw Refusal("the JSON is nested too deeply");
+    json root = json::parse(text, nullptr, /*allow_exceptions=*/false);
     if (root.is_discarded())
         throw Refusal("the JSON is malformed");
     if (!root.is_object())

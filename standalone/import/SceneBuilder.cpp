@@ -33,7 +33,7 @@ Held<T> Hold(T* object)
     return Held<T>(object);
 }
 
-KUVUnicodeString Text(const std::string& utf8) { return KUVUnicodeString(utf8.c_str()); }
+KUVUnicodeString Text(const std::string& utf8) { return KUVUnicodeString(utf8); }
 
 std::shared_ptr<const core::PartGeometry> SharedGeometry(const PartGeometry& source)
 {

@@ -90,6 +90,14 @@ TEST(FileMending, AHalfPairInUtf16BecomesTheReplacementCharacter)
     EXPECT_EQ(MendedBytes(path, ModelFormat::Obj), "\xEF\xBF\xBDv\xEF\xBF\xBD");
 }
 
+TEST(FileMending, NumbersOfAnObjFileThatBeginWithTheirPointGetAZero)
+{
+    const Folder folder;
+    EXPECT_EQ(MendedBytes(folder.Write("a.obj", "v .5 1.5\t.25\no a.5 .b\n"), ModelFormat::Obj),
+              "v 0.5 1.5\t0.25\no a.5 .b\n");
+    EXPECT_EQ(MendedBytes(folder.Write("a.stl", "vertex .5 0 0"), ModelFormat::Stl), "");
+}
+
 TEST(FileMending, SoundFilesStayAsTheyAre)
 {
     const Folder folder;
