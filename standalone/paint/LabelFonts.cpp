@@ -59,12 +59,17 @@ LabelFonts::LabelFonts(const std::string& family)
     hasFont_ = !GetResolvedFamily().isEmpty();
 }
 
-LabelFont LabelFonts::Make(int em, double height) const
+LabelFont LabelFonts::Make(int em, double height)
 {
     QFont font(base_);
     font.setPixelSize(em);
     const QFontMetricsF metrics(font);
-    const double below = std::round(metrics.descent());
+    double plainHeight = 0.0;
+    for (const char32_t character : U"Alb|([{/")
+        plainHeight = std::max(plainHeight, em * InkHeight(character));
+    const double descent = metrics.descent();
+    const double spare = std::max(0.0, height - plainHeight - descent);
+    const double below = std::min(std::round(descent + spare / 2.0), std::floor(height));
     return {font, metrics, em, height - below, below};
 }
 
@@ -82,6 +87,32 @@ const LabelFont& LabelFonts::AtSize(float size)
         made = Make(em, lineHeight);
     }
     return bySize_.emplace(height, made).first->second;
+}
+
+double LabelFonts::InkHeight(char32_t character)
+{
+    const auto [entry, isNew] = inkHeights_.try_emplace(character, 0.0);
+    if (isNew) {
+        // Qt measures ink in whole pixels: large ones give the fraction well enough.
+        constexpr int EM = 200;
+        QFont large(base_);
+        large.setPixelSize(EM);
+        const QRectF ink = QFontMetricsF(large).tightBoundingRect(QString::fromUcs4(&character, 1));
+        entry->second = std::max(0.0, -ink.top() / EM);
+    }
+    return entry->second;
+}
+
+int LabelFonts::AccentShift(const LabelFont& font, const QString& shown)
+{
+    double highest = 0.0;
+    for (const char32_t character : shown.toStdU32String()) {
+        if (character >= 0x80)
+            highest = std::max(highest, font.em * InkHeight(character));
+    }
+    const double missing = std::round(highest - font.above);
+    const double free = std::floor(font.below - font.metrics.descent());
+    return static_cast<int>(std::max(0.0, std::min(missing, free)));
 }
 
 TextPlacement LabelFonts::Place(const PlacedText& text)
@@ -111,6 +142,7 @@ TextPlacement LabelFonts::Place(const PlacedText& text)
                        placed.left + placed.width > text.clip.right + 0.01 ||
                        placed.baseline - font.above < text.clip.top ||
                        placed.baseline + font.below > text.clip.bottom;
+    placed.baseline += AccentShift(font, placed.shown);
     return placed;
 }
 

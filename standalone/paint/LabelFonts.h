@@ -10,6 +10,7 @@
 
 #include <map>
 #include <string>
+#include <unordered_map>
 
 namespace paint {
 
@@ -28,9 +29,9 @@ struct LabelFont {
     QFontMetricsF metrics;
     /// Size of the em square in whole pixels.
     int em = 1;
-    /// How the line's height is divided by its baseline, in pixels. The lower part is whole, so a
-    /// line that starts on a whole pixel and is a whole number of pixels high has its baseline on
-    /// one too.
+    /// How the line's height is divided by its baseline, in pixels: plain letters and their
+    /// descenders stand in the middle of it. The lower part is whole, so a line that starts on a
+    /// whole pixel and is a whole number of pixels high has its baseline on one too.
     double above = 0.0;
     double below = 0.0;
 };
@@ -63,6 +64,10 @@ public:
     /// baseline are then brought to whole pixels, but not out of the clip when there is room in it.
     TextPlacement Place(const PlacedText& text);
 
+    /// By how many pixels the baseline of `shown` lies lower than usual: accents on capitals need
+    /// the room that other texts leave free at the bottom of their line.
+    int AccentShift(const LabelFont& font, const QString& shown);
+
     /// The family that is really used; empty when the system has no font at all.
     QString GetResolvedFamily() const;
     /// Whether the family that was asked for is installed. Generic names ("serif") always are.
@@ -71,11 +76,14 @@ public:
     bool HasFont() const { return hasFont_; }
 
 private:
-    LabelFont Make(int em, double height) const;
+    LabelFont Make(int em, double height);
+    double InkHeight(char32_t character);
 
     QFont base_;
     bool hasFont_ = false;
     std::map<float, LabelFont> bySize_;
+    /// Height of the ink above the baseline as a fraction of the em, by character.
+    std::unordered_map<char32_t, double> inkHeights_;
 };
 
 }  // namespace paint

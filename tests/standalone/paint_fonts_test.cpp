@@ -74,7 +74,7 @@ TEST(QtFontBackend, AscentAndDescentAreThoseOfTheLine)
     paint::QtFontBackend backend("");
     for (const float size : {9.8f, 14.0f, 28.0f}) {
         EXPECT_FLOAT_EQ(backend.Ascent(size) + backend.Descent(size), size);
-        EXPECT_GT(backend.Ascent(size), 3.0f * backend.Descent(size));
+        EXPECT_GT(backend.Ascent(size), 2.0f * backend.Descent(size));
         EXPECT_FLOAT_EQ(backend.Descent(size), std::round(backend.Descent(size)));
     }
 }
