@@ -5,6 +5,7 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <string>
 
 #include <unistd.h>
@@ -21,16 +22,20 @@ using namespace dataviz;  // NOLINT(google-build-using-namespace): the program i
 constexpr int INPUT_OR_OUTPUT_ERROR = 1;
 constexpr int SIGNAL_BASE = 128;
 
-/// One line on standard error. Control characters in names of files must not break it.
-void Report(const std::string& file, std::string_view text)
+/// Control characters, in names of files above all, must not break a line.
+std::string OnOneLine(std::string text)
 {
-    std::string line = "dataviz: " + file + ": ";
-    line += text;
-    for (char& c : line) {
+    for (char& c : text) {
         if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
             c = '?';
     }
-    std::fprintf(stderr, "%s\n", line.c_str());
+    return text;
+}
+
+/// One line on standard error.
+void Report(const std::string& file, std::string_view text)
+{
+    std::fprintf(stderr, "%s\n", OnOneLine("dataviz: " + file + ": " + std::string(text)).c_str());
 }
 
 /// Says how far the work is: on a terminal in one line that goes away again, elsewhere one line for

@@ -3,6 +3,7 @@
 #include "Program.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -84,6 +85,16 @@ TEST(Info, ShowsFacesAsLeavesWithPrimitives)
     EXPECT_EQ(Count(tree, "rep"), 0u) << "faces hang below their product";
     EXPECT_EQ(Sum(tree, "face"), info["triangles"]);
     EXPECT_EQ(tree["triangles"], info["triangles"]);
+}
+
+TEST(Info, PutsTheShapeBetweenProductAndFacesWhenTheEnvironmentAsks)
+{
+    setenv("VisDataTreeSeparatePrimitive", "0", 1);
+    const Json info = Info({EXAMPLE, "--primitives"});
+    unsetenv("VisDataTreeSeparatePrimitive");
+    EXPECT_EQ(Count(info["tree"], "rep"), info["reps"]) << "any value enables it";
+    EXPECT_EQ(Count(info["tree"], "face"), info["faces"]);
+    EXPECT_EQ(info["tree"]["triangles"], info["triangles"]);
 }
 
 TEST(Info, WeighsTheSameWithTheWholeRepRule)
