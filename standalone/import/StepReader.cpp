@@ -1,6 +1,7 @@
 #include "import/StepReader.h"
 
 #include "import/FileContent.h"
+#include "import/StepBodyNames.h"
 #include "import/StructureLimits.h"
 #include "import/Text.h"
 #include "import/ToolkitGuard.h"
@@ -51,6 +52,8 @@ class NameKeys {
 public:
     explicit NameKeys(const Handle(StepData_StepModel) & model)
     {
+        for (auto& [product, name] : BodyNames(model))
+            texts_[std::to_string(product)].shapeName = name;
         const int count = model->NbEntities();
         for (int i = 1; i <= count; ++i) {
             const Handle(Standard_Transient)& entity = model->Value(i);

@@ -63,7 +63,7 @@ std::string AliasOf(KUVRep* rep)
 KUVRep* Child(KUVRep* rep, int index)
 {
     const list<KUVRep>* children = rep->GetChildren();
-    return children ? (*children)[static_cast<std::size_t>(index)] : nullptr;
+    return children ? (*children)[index] : nullptr;
 }
 
 TEST(SceneBuilder, TheRootIsAFilterBagWithARootOccurrence)
