@@ -7,9 +7,9 @@
 namespace {
 
 struct Listener {
-    KUVSubscription id;
+    KUVSubscription id = 0;
     std::string name;
-    const KUVBaseUnknown* sender;
+    const KUVBaseUnknown* sender = nullptr;
     KUVCallback callback;
     bool subscribed = true;
 };

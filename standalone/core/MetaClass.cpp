@@ -50,7 +50,8 @@ struct KUVMetaClassRegistry {
         meta.instanceSize_ = instanceSize;
         meta.id_ = KUVClassIdOf(name);
         meta.kind_ = kind;
-        entries.emplace(std::string_view(entry->name), std::move(entry));
+        const std::string_view key = entry->name;
+        entries.emplace(key, std::move(entry));
         return &meta;
     }
 };

@@ -80,8 +80,8 @@ std::string core::FindResource(const std::string& kind, const std::string& fileN
 {
     if (!IsPlainName(fileName))
         return {};
-    for (const std::string& folder : ResourceFolders()) {
-        std::string path = folder + '/' + kind + '/' + fileName;
+    for (std::string& path : ResourceFolders()) {
+        path.append("/").append(kind).append("/").append(fileName);
         if (IsFile(path))
             return path;
     }
