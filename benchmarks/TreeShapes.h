@@ -9,7 +9,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace shapes {
@@ -61,9 +60,8 @@ private:
     std::uint64_t state_;
 };
 
-/// The parent of every node; node 0 is the root (its entry is 0) and parents stand before their
-/// children.
-inline std::vector<std::uint32_t> MakeParents(Shape shape, std::size_t nodes)
+/// The parent of every node, in the order in which the shape comes about.
+inline std::vector<std::uint32_t> GrowParents(Shape shape, std::size_t nodes)
 {
     constexpr std::size_t FAN_OUT = 8;
     constexpr std::size_t LONGEST_CHAIN = 10000;
@@ -119,32 +117,43 @@ inline Children MakeChildren(const std::vector<std::uint32_t>& parents)
     return children;
 }
 
+/// The parent of every node, in pre-order; node 0 is the root (its entry is 0).
+inline std::vector<std::uint32_t> MakeParents(Shape shape, std::size_t nodes)
+{
+    const std::vector<std::uint32_t> grown = GrowParents(shape, nodes);
+    const Children children = MakeChildren(grown);
+    std::vector<std::uint32_t> parents(nodes, 0);
+    std::vector<std::uint32_t> numbers(nodes, 0);
+    std::vector<std::uint32_t> pending;
+    std::uint32_t number = 0;
+    if (nodes > 0)
+        pending.push_back(0);
+    while (!pending.empty()) {
+        const std::uint32_t node = pending.back();
+        pending.pop_back();
+        parents[number] = numbers[grown[node]];
+        numbers[node] = number++;
+        for (std::uint32_t k = children.first[node + 1]; k > children.first[node]; --k)
+            pending.push_back(children.list[k - 1]);
+    }
+    return parents;
+}
+
 /// Labels of up to 15 characters, like those of parts.
 inline std::string LabelOf(std::size_t node) { return "Part " + std::to_string(node); }
 
 /// Builds the tree in pre-order, as an importer would. The caller owns the one reference.
 inline VisDataTree* MakeTree(const std::vector<std::uint32_t>& parents)
 {
-    const Children children = MakeChildren(parents);
-    const auto make = [](std::size_t i) {
-        return new VisDataTree(nullptr, KUVUnicodeString(LabelOf(i)), KUVUnicodeString());
-    };
-    VisDataTree* const root = make(0);
-    std::vector<std::pair<std::uint32_t, VisDataTree*>> pending;
-    const auto addChildren = [&](std::size_t i, VisDataTree* node) {
-        for (std::uint32_t k = children.first[i + 1]; k > children.first[i]; --k)
-            pending.emplace_back(children.list[k - 1], node);
-    };
-    addChildren(0, root);
-    while (!pending.empty()) {
-        const auto [i, parent] = pending.back();
-        pending.pop_back();
-        VisDataTree* const node = make(i);
-        parent->InsertChild(node, /*resetCaches=*/1);
-        node->Release();
-        addChildren(i, node);
+    std::vector<VisDataTree*> nodes(std::max<std::size_t>(1, parents.size()));
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        nodes[i] = new VisDataTree(nullptr, KUVUnicodeString(LabelOf(i)), KUVUnicodeString());
+        if (i == 0)
+            continue;
+        nodes[parents[i]]->InsertChild(nodes[i], /*resetCaches=*/1);
+        nodes[i]->Release();
     }
-    return root;
+    return nodes.front();
 }
 
 inline VisDataTree* MakeTree(Shape shape, std::size_t nodes)
