@@ -152,8 +152,7 @@ static_assert(static_cast<float>(CELL_HEIGHT) == MIN_HEIGHT + GAP, "a cell and i
 bool FitsInGrid(const KUVMathPoint2Df& size, std::size_t count)
 {
     const KUVMathPoint2Df inner(size.x - FRAMES, size.y - HEADER);
-    // Said this way round, a size that is not a number does not fit.
-    if (!IsLargeEnough(inner))
+    if (inner.x < MIN_WIDTH || inner.y < MIN_HEIGHT)
         return false;
     const auto columns = static_cast<std::size_t>(TruncateToInt(inner.x + GAP) / CELL_WIDTH);
     const auto rows = static_cast<std::size_t>(TruncateToInt(inner.y + GAP) / CELL_HEIGHT);
