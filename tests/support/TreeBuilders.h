@@ -14,7 +14,7 @@ namespace support {
 /// A tree written down: `{"Pump", {{"Rotor", {{"Blade"}}}, {"Housing"}}}`.
 struct TreeSpec {
     std::string label;
-    std::vector<TreeSpec> children;
+    std::vector<TreeSpec> children = {};
 };
 
 /// The tree with one reference for the caller; children in the order given, no icons, flags and
