@@ -3,6 +3,7 @@
 
 #include "TreeBuilding.h"
 #include "VisTreeMapLayout.h"
+#include "VisTreeSpaceFillingView.h"
 
 #include "module/ViewReading.h"
 
