@@ -95,6 +95,7 @@ private:
 template <typename Options, typename Work>
 int Run(const Options& options, const std::string& target, const Work& work)
 {
+    SignalWatch signals;
     OutputFile output;
     std::string problem = output.Open(target);
     if (!problem.empty()) {
@@ -112,7 +113,7 @@ int Run(const Options& options, const std::string& target, const Work& work)
     };
     const WorkOutcome outcome =
         Supervise([&](WorkChannel& channel) { work(options, output.TemporaryPath(), channel); },
-                  {options.model.memoryLimit, options.model.timeLimit}, listener);
+                  {options.model.memoryLimit, options.model.timeLimit}, listener, signals);
     progress.Clear();
     progress.EndPhase();
     switch (outcome.kind) {
@@ -123,6 +124,9 @@ int Run(const Options& options, const std::string& target, const Work& work)
                outcome.failure.reason);
         return INPUT_OR_OUTPUT_ERROR;
     case WorkOutcome::Kind::Finished:
+        // A reader may keep the copy waiting for as long as it likes; then Ctrl-C is the way out.
+        if (output.IsCopied())
+            signals.Restore();
         problem = output.Commit();
         break;
     }

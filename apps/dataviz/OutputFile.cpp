@@ -45,7 +45,9 @@ std::string Resolved(const std::string& target)
 
 OutputFile::~OutputFile()
 {
-    if (!temporary_.empty())
+    if (source_ >= 0)
+        close(source_);
+    else if (!temporary_.empty())
         unlink(temporary_.c_str());
 }
 
@@ -56,38 +58,51 @@ std::string OutputFile::Open(const std::string& target)
     const bool exists = target != "-" && stat(target_.c_str(), &status) == 0;
     if (exists && S_ISDIR(status.st_mode))
         return CannotWrite(EISDIR);
-    if (exists && S_ISREG(status.st_mode) && access(target_.c_str(), W_OK) != 0)
+    if (exists && access(target_.c_str(), W_OK) != 0)
         return CannotWrite(errno);
-    isCopied_ = target == "-" || (exists && !S_ISREG(status.st_mode));
-    fs::path path;
-    if (isCopied_) {
-        const char* const folder = std::getenv("TMPDIR");
-        path = fs::path(folder != nullptr && *folder != '\0' ? folder : "/tmp") / ".dataviz.XXXXXX";
-    } else {
-        const fs::path file(target_);
-        // The name may already be as long as names can be; a short one always fits.
-        path = file.parent_path() / ("." + file.filename().string().substr(0, 100) + ".XXXXXX");
-    }
-    std::string name = path.string();
+    const bool isCopied = target == "-" || (exists && !S_ISREG(status.st_mode));
+    return isCopied ? OpenNameless() : OpenBesideTarget();
+}
+
+std::string OutputFile::OpenBesideTarget()
+{
+    const fs::path file(target_);
+    // The name may already be as long as names can be; a short one always fits.
+    constexpr std::size_t LONGEST = 100;
+    std::string name =
+        (file.parent_path() / ("." + file.filename().string().substr(0, LONGEST) + ".XXXXXX"))
+            .string();
     const int descriptor = mkostemp(name.data(), O_CLOEXEC);
     if (descriptor < 0)
         return CannotWrite(errno);
     temporary_ = name;
-    if (!isCopied_)
-        GrantUsualRights(descriptor);
+    GrantUsualRights(descriptor);
     close(descriptor);
+    return {};
+}
+
+std::string OutputFile::OpenNameless()
+{
+    const char* const folder = std::getenv("TMPDIR");
+    std::string name =
+        (fs::path(folder != nullptr && *folder != '\0' ? folder : "/tmp") / ".dataviz.XXXXXX")
+            .string();
+    source_ = mkostemp(name.data(), O_CLOEXEC);
+    if (source_ < 0)
+        return CannotWrite(errno);
+    unlink(name.c_str());
+    temporary_ = "/proc/self/fd/" + std::to_string(source_);
     return {};
 }
 
 std::string OutputFile::CopyTo(int descriptor) const
 {
-    const int source = open(temporary_.c_str(), O_RDONLY | O_CLOEXEC);
-    if (source < 0)
+    if (lseek(source_, 0, SEEK_SET) < 0)
         return CannotWrite(errno);
     std::vector<char> buffer(std::size_t{1} << 20U);
     std::string problem;
     for (;;) {
-        const ssize_t count = read(source, buffer.data(), buffer.size());
+        const ssize_t count = read(source_, buffer.data(), buffer.size());
         if (count < 0)
             problem = CannotWrite(errno);
         if (count <= 0)
@@ -105,13 +120,12 @@ std::string OutputFile::CopyTo(int descriptor) const
             break;
         }
     }
-    close(source);
     return problem;
 }
 
 std::string OutputFile::Commit()
 {
-    if (!isCopied_) {
+    if (!IsCopied()) {
         if (std::rename(temporary_.c_str(), target_.c_str()) != 0)
             return CannotWrite(errno);
         temporary_.clear();

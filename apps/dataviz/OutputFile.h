@@ -20,18 +20,23 @@ public:
     /// Makes the temporary file for a target. Empty on success, else the reason in words.
     std::string Open(const std::string& target);
 
-    /// Where to write. Any process may do so until `Commit`.
+    /// Where to write. This process and those that it forks may do so until `Commit`.
     const std::string& TemporaryPath() const { return temporary_; }
+
+    /// Whether `Commit` copies the file, which may take as long as its reader likes.
+    bool IsCopied() const { return source_ >= 0; }
 
     /// Gives the file its name. Empty on success, else the reason in words.
     std::string Commit();
 
 private:
+    std::string OpenBesideTarget();
+    std::string OpenNameless();
     std::string CopyTo(int descriptor) const;
 
     std::string target_;
     std::string temporary_;  // empty when there is none
-    bool isCopied_ = false;
+    int source_ = -1;        // the nameless file
 };
 
 }  // namespace dataviz

@@ -127,46 +127,6 @@ std::string MemoryReason(const WorkLimits& limits)
 
 // ---- parent
 
-/// Catches the signals that stop a command while it lives, and puts the former handlers back.
-class SignalWatch {
-public:
-    SignalWatch()
-    {
-        caughtSignal = 0;
-        struct sigaction action {};
-        action.sa_handler = RememberSignal;
-        sigemptyset(&action.sa_mask);
-        sigset_t blocked;
-        sigemptyset(&blocked);
-        for (std::size_t i = 0; i < SIGNALS.size(); ++i) {
-            sigaction(SIGNALS[i], nullptr, &former_[i]);
-            // A shell starts background jobs with SIGINT ignored, but whoever sends it means it;
-            // an ignored SIGHUP means nohup.
-            if (SIGNALS[i] == SIGHUP && former_[i].sa_handler == SIG_IGN)
-                continue;
-            sigaction(SIGNALS[i], &action, nullptr);
-            sigaddset(&blocked, SIGNALS[i]);
-        }
-        // Delivered inside ppoll only, so that none slips through between a look and a wait.
-        sigprocmask(SIG_BLOCK, &blocked, &formerMask_);
-    }
-    ~SignalWatch()
-    {
-        for (std::size_t i = 0; i < SIGNALS.size(); ++i)
-            sigaction(SIGNALS[i], &former_[i], nullptr);
-        sigprocmask(SIG_SETMASK, &formerMask_, nullptr);
-    }
-    SignalWatch(const SignalWatch&) = delete;
-    SignalWatch& operator=(const SignalWatch&) = delete;
-
-    const sigset_t& FormerMask() const { return formerMask_; }
-
-private:
-    static constexpr std::array SIGNALS{SIGINT, SIGTERM, SIGHUP};
-    std::array<struct sigaction, SIGNALS.size()> former_{};
-    sigset_t formerMask_{};
-};
-
 std::uint64_t ResidentBytes(pid_t process)
 {
     std::ifstream file("/proc/" + std::to_string(process) + "/statm");
@@ -328,6 +288,39 @@ WorkOutcome CannotStart()
 
 }  // namespace
 
+// ---- signals
+
+SignalWatch::SignalWatch()
+{
+    caughtSignal = 0;
+    struct sigaction action {};
+    action.sa_handler = RememberSignal;
+    sigemptyset(&action.sa_mask);
+    sigset_t blocked;
+    sigemptyset(&blocked);
+    for (std::size_t i = 0; i < SIGNALS.size(); ++i) {
+        sigaction(SIGNALS[i], nullptr, &former_[i]);
+        // A shell starts background jobs with SIGINT ignored, but whoever sends it means it; an
+        // ignored SIGHUP means nohup.
+        if (SIGNALS[i] == SIGHUP && former_[i].sa_handler == SIG_IGN)
+            continue;
+        sigaction(SIGNALS[i], &action, nullptr);
+        sigaddset(&blocked, SIGNALS[i]);
+    }
+    // Delivered inside ppoll only, so that none slips through between a look and a wait.
+    sigprocmask(SIG_BLOCK, &blocked, &formerMask_);
+}
+
+void SignalWatch::Restore()
+{
+    if (isRestored_)
+        return;
+    for (std::size_t i = 0; i < SIGNALS.size(); ++i)
+        sigaction(SIGNALS[i], &former_[i], nullptr);
+    sigprocmask(SIG_SETMASK, &formerMask_, nullptr);
+    isRestored_ = true;
+}
+
 // ---- the child's side of the channel
 
 void WorkChannel::Send(char kind, std::string_view text)
@@ -357,12 +350,11 @@ void WorkChannel::Fail(const Failure& failure) { Send('E', failure.file + '\0' +
 // ---- the parent
 
 WorkOutcome Supervise(const std::function<void(WorkChannel&)>& work, const WorkLimits& limits,
-                      const WorkListener& listener)
+                      const WorkListener& listener, const SignalWatch& signals)
 {
     std::array<int, 2> pipeEnds{};
     if (pipe2(pipeEnds.data(), O_CLOEXEC) != 0)
         return CannotStart();
-    const SignalWatch signals;
     const pid_t parent = getpid();
     std::fflush(nullptr);
     const pid_t child = fork();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <csignal>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -61,6 +63,29 @@ struct WorkOutcome {
     Failure failure;
 };
 
+/// Keeps SIGINT, SIGTERM and SIGHUP back from its construction on, so that none of them can end the
+/// program between two steps that belong together; `Supervise` lets them through. SIGHUP stays
+/// ignored where it was (nohup). Make at most one at a time, before any thread is started.
+class SignalWatch {
+public:
+    SignalWatch();
+    ~SignalWatch() { Restore(); }
+    SignalWatch(const SignalWatch&) = delete;
+    SignalWatch& operator=(const SignalWatch&) = delete;
+
+    /// Puts everything back as it was; a signal that came meanwhile does then what it always does.
+    void Restore();
+
+    /// The signals that were kept back before this watch.
+    const sigset_t& FormerMask() const { return formerMask_; }
+
+private:
+    static constexpr std::array SIGNALS{SIGINT, SIGTERM, SIGHUP};
+    std::array<struct sigaction, SIGNALS.size()> former_{};
+    sigset_t formerMask_{};
+    bool isRestored_ = false;
+};
+
 /// Runs `work` in a child process and waits for its end.
 ///
 /// A crash, a loop beyond the time limit or a hunger for memory ends the child, never this process,
@@ -71,6 +96,6 @@ struct WorkOutcome {
 /// Call it before any thread is started; the work may start threads. The memory limit counts the
 /// child's own data; an allocation beyond it fails in the child.
 WorkOutcome Supervise(const std::function<void(WorkChannel&)>& work, const WorkLimits& limits,
-                      const WorkListener& listener);
+                      const WorkListener& listener, const SignalWatch& signals);
 
 }  // namespace dataviz

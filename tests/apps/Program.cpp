@@ -50,15 +50,18 @@ pid_t Start(const std::vector<std::string>& words, const ScratchFolder& folder)
 }  // namespace
 
 ProgramRun RunProgram(const std::vector<std::string>& words, const std::string& input,
-                      double interruptAfter)
+                      const std::function<bool()>& isTime)
 {
     const ScratchFolder folder;
     folder.Write("in", input);
     const pid_t child = Start(words, folder);
     if (child < 0)
         throw std::runtime_error("cannot start the program");
-    if (interruptAfter > 0) {
-        std::this_thread::sleep_for(std::chrono::duration<double>(interruptAfter));
+    if (isTime) {
+        const auto pause = std::chrono::milliseconds(20);
+        for (int i = 0; i < 1000 && !isTime(); ++i)
+            std::this_thread::sleep_for(pause);
+        std::this_thread::sleep_for(25 * pause);
         kill(child, SIGINT);
     }
     const Clock::time_point start = Clock::now();

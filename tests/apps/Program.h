@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -14,10 +15,10 @@ struct ProgramRun {
     double seconds = 0;
 };
 
-/// Runs `dataviz` with these words and waits for it. `input` is its standard input. With
-/// `interruptAfter` seconds above 0 the program gets a SIGINT then; `seconds` counts from there.
+/// Runs `dataviz` with these words and waits for it. `input` is its standard input. The program
+/// gets a SIGINT half a second after `isTime` holds, if that is given; `seconds` counts from there.
 ProgramRun RunProgram(const std::vector<std::string>& words, const std::string& input = {},
-                      double interruptAfter = 0);
+                      const std::function<bool()>& isTime = {});
 
 /// A folder of its own for a test, removed with everything in it.
 class ScratchFolder {
