@@ -49,7 +49,7 @@ public:
 
     /// Calls `callback` for every event `name` of `sender`; a null `sender` stands for all senders.
     /// Nothing is referenced. Gives 0, and subscribes nothing, for a null name or an empty
-    /// callback.
+    /// callback. Throws `std::bad_alloc`, and subscribes nothing, when memory runs out.
     virtual KUVSubscription Subscribe(const char* name, const KUVBaseUnknown* sender,
                                       KUVCallback callback);
     /// Ends a subscription. One that is not there is ignored.

@@ -24,22 +24,22 @@ struct KUVCallbackManager::State {
     KUVSubscription lastId = 0;
     int runningDispatches = 0;
     bool destroyed = false;
-    bool hasEndedSubscriptions = false;
 
     /// Frees the subscriptions that ended; not while a dispatch runs, because one of them may be
-    /// the listener that is being called.
+    /// the listener that is being called. Takes no memory: it runs when a dispatch ends by an
+    /// exception as well.
     void Sweep()
     {
-        if (runningDispatches > 0 || !hasEndedSubscriptions)
-            return;
-        hasEndedSubscriptions = false;
-        // Set apart first: what a callback captured may subscribe or unsubscribe when it dies.
-        const auto firstEnded =
-            std::stable_partition(listeners.begin(), listeners.end(),
-                                  [](const auto& listener) { return listener->subscribed; });
-        std::vector<std::unique_ptr<Listener>> ended(std::make_move_iterator(firstEnded),
-                                                     std::make_move_iterator(listeners.end()));
-        listeners.erase(firstEnded, listeners.end());
+        while (runningDispatches == 0) {
+            const auto ended =
+                std::find_if(listeners.begin(), listeners.end(),
+                             [](const auto& listener) { return !listener->subscribed; });
+            if (ended == listeners.end())
+                return;
+            // Out of the list first: what a callback captured may unsubscribe others when it dies.
+            const std::unique_ptr<Listener> doomed = std::move(*ended);
+            listeners.erase(ended);
+        }
     }
 
     /// Counts the dispatches that run, also when a listener throws.
@@ -61,7 +61,15 @@ struct KUVCallbackManager::State {
 
 KUVCallbackManager::KUVCallbackManager() : state_(std::make_shared<State>()) {}
 
-KUVCallbackManager::~KUVCallbackManager() { state_->destroyed = true; }
+KUVCallbackManager::~KUVCallbackManager()
+{
+    state_->destroyed = true;
+    if (state_->runningDispatches > 0)
+        return;
+    // What the callbacks captured may still unsubscribe here when it dies.
+    const std::vector<std::unique_ptr<Listener>> doomed = std::move(state_->listeners);
+    state_->listeners.clear();
+}
 
 void KUVCallbackManager::DispatchCallbacks(const char* name, KUVNotification* notification,
                                            KUVBaseUnknown* sender)
@@ -106,6 +114,5 @@ void KUVCallbackManager::Unsubscribe(KUVSubscription subscription)
     if (found == state->listeners.end() || (*found)->id != subscription)
         return;
     (*found)->subscribed = false;
-    state->hasEndedSubscriptions = true;
     state->Sweep();
 }

@@ -56,6 +56,9 @@ Texts ReadCatalog(const std::string& catalog, const std::string& language)
         texts.insert_or_assign(Trimmed(line.substr(0, equals)),
                                KUVUnicodeString(Unescaped(Trimmed(line.substr(equals + 1)))));
     }
+    // A reader that ran out of memory only marks itself as broken; half a catalog is not kept.
+    if (file.bad())
+        throw std::bad_alloc();
     return texts;
 }
 

@@ -1,8 +1,11 @@
+#include "support/Allocations.h"
+
 #include "KUVCommand.h"
 
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <new>
 #include <stdexcept>
 #include <string>
 
@@ -260,4 +263,45 @@ TEST(KUVCallbackManager, WhatACallbackCapturedMayUseTheManagerWhenItDies)
     manager.Unsubscribe(holder);
     manager.DispatchCallbacks("SelectEvt", nullptr, nullptr);
     EXPECT_EQ(log, "");
+}
+
+TEST(KUVCallbackManager, WhatACallbackCapturedMayUnsubscribeWhileTheManagerDies)
+{
+    struct Unsubscriber {
+        explicit Unsubscriber(KUVCallbackManager& unsubscribed) : manager(unsubscribed) {}
+        Unsubscriber(const Unsubscriber&) = delete;
+        Unsubscriber& operator=(const Unsubscriber&) = delete;
+        ~Unsubscriber() { manager.Unsubscribe(1); }
+        KUVCallbackManager& manager;
+    };
+    auto manager = std::make_unique<KUVCallbackManager>();
+    manager->Subscribe(
+        "SelectEvt", nullptr,
+        Do([captured = std::make_shared<Unsubscriber>(*manager)] { (void)captured; }));
+    manager.reset();
+}
+
+TEST(KUVCallbackManager, WithoutMemoryNothingIsSubscribedAndDispatchesGoOn)
+{
+    const std::size_t failures = support::ForEveryFailingAllocation([] {
+        KUVCallbackManager manager;
+        int calls = 0;
+        KUVSubscription first = 0;
+        first = manager.Subscribe("A name that is too long for a short string", nullptr, Do([&] {
+                                      ++calls;
+                                      manager.Unsubscribe(first);
+                                  }));
+        int subscribed = 1;
+        try {
+            manager.Subscribe("A name that is too long for a short string", nullptr,
+                              Do([&calls] { ++calls; }));
+            ++subscribed;
+        } catch (const std::bad_alloc&) {
+            // Counted as it stands: the first listener goes on alone.
+        }
+        manager.DispatchCallbacks("A name that is too long for a short string", nullptr, nullptr);
+        const support::UncountedAllocations uncounted;
+        EXPECT_EQ(calls, subscribed);
+    });
+    EXPECT_GE(failures, 4U);
 }

@@ -1,3 +1,5 @@
+#include "support/Allocations.h"
+
 #include "KUVMessages.h"
 
 #include <gtest/gtest.h>
@@ -5,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <new>
 #include <string>
 
 namespace {
@@ -148,4 +151,35 @@ TEST_F(MsgCatalog, TheDefaultTextTakesParametersToo)
               KUVUnicodeString("in Pump"));
     EXPECT_EQ(KUVMsgCatalog::BuildMessage("Absent", "Key", nullptr, 1, "in /P1"),
               KUVUnicodeString("in /P1"));
+}
+
+TEST_F(MsgCatalog, WithoutMemoryNoHalfCatalogIsRemembered)
+{
+    std::string lines;
+    for (int i = 0; i < 20; ++i)
+        lines += "A key that is too long for a short string " + std::to_string(i) + " = text\n";
+    Write("Large.en.catalog", lines);
+    const char* const lastKey = "A key that is too long for a short string 19";
+    const KUVUnicodeString none;
+    std::size_t failing = 1;
+    for (bool failed = true; failed && failing < 1000; ++failing) {
+        // Another search path makes the catalogs be read anew.
+        const std::string path = base_.string() + std::string(1 + failing % 2, '/');
+        ASSERT_EQ(setenv("KUV_RESOURCES", path.c_str(), 1), 0);
+        KUVUnicodeString text;
+        bool thrown = false;
+        {
+            const support::FailingAllocation allocation(failing);
+            try {
+                text = KUVMsgCatalog::BuildMessage("Large", lastKey, nullptr, 0, none);
+            } catch (const std::bad_alloc&) {
+                thrown = true;
+            }
+            failed = allocation.HasFailed();
+        }
+        EXPECT_TRUE(thrown || text == KUVUnicodeString("text")) << failing;
+        EXPECT_EQ(Text("Large", lastKey), "text") << failing;
+    }
+    EXPECT_GT(failing, 40U);
+    EXPECT_LT(failing, 1000U);
 }
