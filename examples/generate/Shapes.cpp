@@ -461,14 +461,14 @@ TopoDS_Shape BellHousing()
 
 TopoDS_Shape BasePlate()
 {
-    TopoDS_Shape plate = Box(-130, -75, -12, 60, 75, 0);
-    for (const double x : {-118.0, 48.0}) {
+    TopoDS_Shape plate = Box(-140, -75, -12, 60, 75, 0);
+    for (const double x : {-128.0, 48.0}) {
         for (const double y : {-63.0, 63.0})
             plate = Without(plate, {BRepPrimAPI_MakeCylinder(
                                         gp_Ax2(gp_Pnt(x, y, -13), gp_Dir(0, 0, 1)), 5.5, 14)
                                         .Shape()});
     }
-    for (const double x : {-84.0, 12.0}) {
+    for (const double x : {-102.0, -22.0}) {
         for (const double y : {-50.0, 50.0})
             plate = Without(plate, {BRepPrimAPI_MakeCylinder(
                                         gp_Ax2(gp_Pnt(x, y, -13), gp_Dir(0, 0, 1)), 4.3, 14)
@@ -479,7 +479,10 @@ TopoDS_Shape BasePlate()
 
 TopoDS_Shape Foot()
 {
-    const TopoDS_Shape angle = Sum({Box(-12, -62, 0, 12, 62, 10), Box(-12, -40, 10, -2, 40, 40)});
+    // The web carries a flange of the bell housing, whose axis runs 115 above the plate.
+    const TopoDS_Shape angle =
+        Without(Sum({Box(-12, -62, 0, 12, 62, 10), Box(-12, -40, 10, -2, 40, 72)}),
+                {Rod(-13, 60, 12, 0, 115)});
     TopoDS_Shape foot = angle;
     for (const double y : {-50.0, 50.0})
         foot = Without(

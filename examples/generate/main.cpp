@@ -188,7 +188,7 @@ TDF_Label Housing(Assembler& to)
     for (const double y : {-31.0, 31.0}) {
         for (const double z : {-31.5, -10.5, 10.5, 31.5})
             to.Add(housing, screws, "Screw set " + std::to_string(number++),
-                   Along(44, y, z, gp_Dir(-1, 0, 0)));
+                   Along(43.2, y, z, gp_Dir(-1, 0, 0)));
     }
     return housing;
 }
@@ -292,11 +292,11 @@ TDF_Label Frame(Assembler& to)
     const TDF_Label foot = to.Part("Foot", example::Foot(), BLUE_PAINT);
     const TDF_Label bell = to.Part("Pumpenträger", example::BellHousing(), CAST_IRON);
     to.Add(frame, plate, "Base plate", At(0, 0, -94));
-    to.Add(frame, foot, "Foot, motor side", At(-84, 0, -94));
-    to.Add(frame, foot, "Foot, pump side", At(12, 0, -94));
+    to.Add(frame, foot, "Foot, motor side", At(-102, 0, -94));
+    to.Add(frame, foot, "Foot, pump side", At(-22, 0, -94));
     to.Add(frame, bell, "Bell housing", Along(-24, 0, UPPER, gp_Dir(-1, 0, 0)));
     int number = 1;
-    for (const double x : {-84.0, 12.0}) {
+    for (const double x : {-102.0, -22.0}) {
         for (const double y : {-50.0, 50.0})
             to.Add(frame, joint, "Joint " + std::to_string(number++),
                    Along(x, y, -84, gp_Dir(0, 0, -1)));
