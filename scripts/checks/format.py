@@ -12,7 +12,12 @@ def main():
     if "--fix" in sys.argv[1:]:
         return subprocess.run(["clang-format-14", "-i", *files], cwd=ROOT, check=False).returncode
     command = ["clang-format-14", "--dry-run", "-Werror", "--ferror-limit=1"]
-    bad = [path for path in files if subprocess.run([*command, path], cwd=ROOT, capture_output=True, check=False).returncode]
+
+    def differs(*paths):
+        return subprocess.run([*command, *paths], cwd=ROOT, capture_output=True, check=False).returncode != 0
+
+    # All of them at once; one by one only to say which.
+    bad = [path for path in files if differs(path)] if differs(*files) else []
     for path in bad:
         print(f"{path}: not as clang-format 14 writes it")
     if bad:
