@@ -11,8 +11,10 @@
 
 class KUV2DBagRep;
 class KUVCharacterFont;
+class KUVDeviceEvent;
 class KUVIMEKeybdEvent;
 class KUVKeybdEvent;
+class KUVViewer;
 class VisDataTree;
 class VisTreeSpaceFillingLayoutCache;
 class VisTreeSpaceFillingView;
@@ -79,8 +81,13 @@ public:
     /// it is: empty it too when the former tree goes away. When memory runs out there is no tree.
     virtual void SetTreeRoot(VisDataTree* root);
 
-    /// Gives 0 when the event was used, 1 when not. The interaction is not built yet: always 1.
+    /// Home unzooms, the arrow keys move the selection, the page keys go to `ApplyPageUpPageDown`.
+    /// Gives 0 when the event was used, 1 when not (also for null, without current root, and when
+    /// memory runs out).
     virtual unsigned int KeyboardAction(KUVKeybdEvent* event);
+    /// A left press selects, a right press selects and sends `ON_RIGHT_CLICK_NODE`, motion without
+    /// buttons highlights, releasing the middle button zooms in, a double click selects and sends
+    /// `ON_DOUBLE_CLICK` (left) or zooms in (middle). Gives 0 when the event was used, 1 when not.
     virtual unsigned int DeviceAction(KUVNotification* event);
     /// Texts of input methods are never used: 1.
     virtual unsigned int IMEKeyboardAction(KUVIMEKeybdEvent* event);
@@ -91,12 +98,22 @@ protected:
     virtual VisTreeSpaceFillingLayoutCache* GenerateCache() = 0;
     /// What a click on `node` does: it becomes the selection.
     virtual void OnMouseSelection(VisDataTree* node);
-    /// The node to which an arrow key leads, or null. The interaction is not built yet: null.
+    /// The node to which an arrow key leads, or null: the leaf behind or before the selected one,
+    /// the nearest ancestor or the child towards the selected leaf that is not merged.
     virtual VisDataTree* GetNodeViaNavigation(unsigned int key);
     /// What the page keys do: nothing here.
     virtual void ApplyPageUpPageDown(unsigned int key);
 
 public:
+    // ---- hit test
+
+    /// The deepest node below the current root whose rectangle holds the point (layout coordinates,
+    /// bounds included), the first of several siblings; null when there is none.
+    ///
+    /// Discarded nodes are never hit. Their subtrees are searched only while discarded nodes are
+    /// shown.
+    VisDataTree* FindNodeAtPosition(float x, float y);
+
     // ---- roots
 
     const VisDataTree* GetTreeRoot() const { return treeRoot_; }
@@ -160,6 +177,13 @@ protected:
     unsigned char GetDiscardedVisibility() const { return discardedVisibility_; }
     void SetDiscardedVisibility(unsigned char visible) { discardedVisibility_ = visible; }
 
+    /// Whether a leaf that becomes the selection becomes the leaf selection too. Default 1.
+    void SetLeafSelectionTracking(unsigned char tracking) { leafSelectionTracking_ = tracking; }
+
+    /// Turns a position in device units (y downwards in a viewer, which may be null) into layout
+    /// coordinates, in place, and gives the node there or null.
+    VisDataTree* FromEventToNode(float& x, float& y, KUVViewer* viewer);
+
     KUV2DBagRep* GetBagRep() const { return bagRep_; }
     /// The font and the scale of the last `Draw`.
     KUVCharacterFont* GetFont() const { return font_; }
@@ -186,6 +210,16 @@ private:
     void HideNode(VisTreeSpaceFillingLayoutCache& cache);
     void UpdateViewsOfSelection(VisDataTree* node);
     void Dispatch(const char* name, VisDataTree* previousNode, VisDataTree* node);
+    void Dispatch(const char* name, KUVNotification* notification);
+    unsigned int UseDeviceEvent(const KUVDeviceEvent& event, KUVViewer* viewer);
+    unsigned int UsePress(const KUVDeviceEvent& event, int buttons, VisDataTree* hit);
+    unsigned int UseMotion(int buttons, VisDataTree* hit);
+    unsigned int UseRelease(const KUVDeviceEvent& event, int buttons, KUVViewer* viewer);
+    unsigned int UseDoubleClick(const KUVDeviceEvent& event, VisDataTree* hit);
+    unsigned int UseKey(const KUVKeybdEvent& event);
+    VisDataTree* FindLeafBeside(bool forward);
+    VisDataTree* FindShownParent();
+    VisDataTree* FindShownChild();
 
     std::vector<VisTreeSpaceFillingLayoutCache*> caches_;
     VisDataTree* treeRoot_ = nullptr;

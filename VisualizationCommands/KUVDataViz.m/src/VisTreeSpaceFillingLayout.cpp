@@ -194,8 +194,7 @@ void VisTreeSpaceFillingLayout::SetTreeRoot(VisDataTree* root)
     slots_->currentRoot.Set(root);
     VisDataTree* const leaf = root->GetFirstLeaf();
     slots_->selection.Set(leaf);
-    if (leafSelectionTracking_ != 0)
-        slots_->leafSelection.Set(leaf);
+    slots_->leafSelection.Set(leaf);
 }
 
 void VisTreeSpaceFillingLayout::LinkCaches()
@@ -421,19 +420,22 @@ private:
 void VisTreeSpaceFillingLayout::Dispatch(const char* name, VisDataTree* previousNode,
                                          VisDataTree* node)
 {
+    // A listener may free the nodes; those behind it are given the same pointers.
+    const auto keepPrevious = VisReference<VisDataTree>::Retain(previousNode);
+    const auto keepNode = VisReference<VisDataTree>::Retain(node);
+    VisTreeSpaceFillingLayoutNotification notification(previousNode, node);
+    Dispatch(name, &notification);
+}
+
+void VisTreeSpaceFillingLayout::Dispatch(const char* name, KUVNotification* notification)
+{
     const DispatchLevel level(*this);
     // Once the limit was reached everything stays silent until the outermost dispatch has ended:
     // a listener that answers each notification with two would otherwise still send 2^64.
     if (silenced_)
         return;
-    KUVCallbackManager* const callbacks = GetCallbackManager();
-    if (!callbacks)
-        return;
-    // A listener may free the nodes; those behind it are given the same pointers.
-    const auto keepPrevious = VisReference<VisDataTree>::Retain(previousNode);
-    const auto keepNode = VisReference<VisDataTree>::Retain(node);
-    VisTreeSpaceFillingLayoutNotification notification(previousNode, node);
-    callbacks->DispatchCallbacks(name, &notification, this);
+    if (KUVCallbackManager* const callbacks = GetCallbackManager())
+        callbacks->DispatchCallbacks(name, notification, this);
 }
 
 // ---- views
@@ -509,20 +511,3 @@ void VisTreeSpaceFillingLayout::ResetViewsBelow(VisTreeSpaceFillingLayoutCache* 
         throw;
     }
 }
-
-// ---- interaction
-
-unsigned int VisTreeSpaceFillingLayout::KeyboardAction(KUVKeybdEvent* /*event*/) { return 1; }
-
-unsigned int VisTreeSpaceFillingLayout::DeviceAction(KUVNotification* /*event*/) { return 1; }
-
-unsigned int VisTreeSpaceFillingLayout::IMEKeyboardAction(KUVIMEKeybdEvent* /*event*/) { return 1; }
-
-void VisTreeSpaceFillingLayout::OnMouseSelection(VisDataTree* node) { SetCurrentSelection(node); }
-
-VisDataTree* VisTreeSpaceFillingLayout::GetNodeViaNavigation(unsigned int /*key*/)
-{
-    return nullptr;
-}
-
-void VisTreeSpaceFillingLayout::ApplyPageUpPageDown(unsigned int /*key*/) {}

@@ -1,0 +1,330 @@
+#include "VisDataTree.h"
+#include "VisTreeSpaceFillingLayout.h"
+#include "VisTreeSpaceFillingLayoutCache.h"
+#include "private/CacheAccess.h"
+#include "private/GuardedNode.h"
+#include "private/Reference.h"
+
+#include "KUVEvents.h"
+#include "KUVViewer.h"
+
+#include <new>
+#include <vector>
+
+namespace {
+
+constexpr int LEFT_BUTTON = 1;
+constexpr int MIDDLE_BUTTON = 2;
+constexpr int RIGHT_BUTTON = 3;
+constexpr int LEFT_BUTTON_ALONE = 1;
+constexpr int RIGHT_BUTTON_ALONE = 4;
+
+constexpr unsigned int KEY_UNZOOM = 0x100000;
+constexpr unsigned int KEY_NEXT_LEAF = 0x800000;
+constexpr unsigned int KEY_TO_PARENT = 0x900000;
+constexpr unsigned int KEY_PREVIOUS_LEAF = 0xA00000;
+constexpr unsigned int KEY_TO_CHILD = 0xB00000;
+constexpr unsigned int KEY_PAGE_MORE = 0x400000;
+constexpr unsigned int KEY_PAGE_FEWER = 0x700000;
+constexpr int KEY_IS_DOWN = 1;
+
+constexpr unsigned int USED = 0;
+constexpr unsigned int NOT_USED = 1;
+
+template <class Class>
+bool IsOf(const KUVBaseUnknown& object)
+{
+    const KUVMetaClass* const meta = object.GetMetaObject();
+    return meta && meta->IsAKindOf(Class::ClassId()) != 0;
+}
+
+const KUVMouseDevice* MouseOf(const KUVDeviceEvent& event)
+{
+    const KUVDevice* const device = event.GetDevice();
+    return device && IsOf<KUVMouseDevice>(*device) ? static_cast<const KUVMouseDevice*>(device)
+                                                   : nullptr;
+}
+
+bool IsDiscarded(const VisDataTree* node)
+{
+    const VisTreeSpaceFillingLayoutCache* const cache = VisCacheAccess::LayoutCacheOf(node);
+    return !cache || cache->IsDiscarded() != 0;
+}
+
+/// Whether the search goes into the node.
+bool Holds(const VisDataTree* node, float x, float y, bool discardedToo)
+{
+    const VisTreeSpaceFillingLayoutCache* const cache = VisCacheAccess::LayoutCacheOf(node);
+    if (!cache || (cache->IsDiscarded() != 0 && !discardedToo))
+        return false;
+    const KUVMathPoint2Df& position = cache->GetPos();
+    const KUVMathPoint2Df& size = cache->GetSize();
+    return position.x <= x && x <= position.x + size.x && position.y <= y &&
+           y <= position.y + size.y;
+}
+
+/// The child of `ancestor` on the way down to `node`, or null.
+VisDataTree* ChildTowards(const VisDataTree* ancestor, VisDataTree* node)
+{
+    while (node && node->GetParent() != ancestor)
+        node = node->GetParent();
+    return node;
+}
+
+}  // namespace
+
+// ---- hit test
+
+VisDataTree* VisTreeSpaceFillingLayout::FindNodeAtPosition(float x, float y)
+{
+    struct Level {
+        VisDataTree* node;
+        std::size_t next;
+    };
+    const bool discardedToo = discardedVisibility_ != 0;
+    VisDataTree* const root = GetCurrentRoot();
+    if (!Holds(root, x, y, discardedToo))
+        return nullptr;
+    std::vector<Level> levels{{root, 0}};
+    while (!levels.empty()) {
+        Level& level = levels.back();
+        const auto& children = level.node->GetChildren();
+        if (level.next < children.size()) {
+            VisDataTree* const child = children[level.next++];
+            if (Holds(child, x, y, discardedToo))
+                levels.push_back({child, 0});
+            continue;
+        }
+        // None of the children was hit.
+        if (!IsDiscarded(level.node))
+            return level.node;
+        levels.pop_back();
+    }
+    return nullptr;
+}
+
+VisDataTree* VisTreeSpaceFillingLayout::FromEventToNode(float& x, float& y, KUVViewer* viewer)
+{
+    x += deviceActionOffset_.x;
+    y += deviceActionOffset_.y;
+    if (viewer) {
+        float width = 0.0F;
+        float height = 0.0F;
+        viewer->GetGraphicSize(&width, &height);
+        const KUVSupport* const support = viewer->GetSupport();
+        const float scale = support ? support->GetPointToPixelScale() : 1.0F;
+        x /= scale;
+        y = (height - y) / scale;
+    }
+    return FindNodeAtPosition(x, y);
+}
+
+// ---- mouse
+
+unsigned int VisTreeSpaceFillingLayout::DeviceAction(KUVNotification* event)
+{
+    if (!event || !GetCurrentRoot())
+        return NOT_USED;
+    const auto self = VisReference<VisTreeSpaceFillingLayout>::Retain(this);
+    KUVViewer* viewer = nullptr;
+    KUVNotification* device = event;
+    if (IsOf<KUVViewerEvent>(*event)) {
+        const auto* const inViewer = static_cast<const KUVViewerEvent*>(event);
+        viewer = inViewer->GetViewer();
+        device = inViewer->GetDeviceEvent();
+    }
+    if (!device || !IsOf<KUVDeviceEvent>(*device))
+        return NOT_USED;
+    try {
+        return UseDeviceEvent(*static_cast<const KUVDeviceEvent*>(device), viewer);
+    } catch (const std::bad_alloc&) {
+        return NOT_USED;
+    }
+}
+
+unsigned int VisTreeSpaceFillingLayout::UseDeviceEvent(const KUVDeviceEvent& event,
+                                                       KUVViewer* viewer)
+{
+    const KUVMouseDevice* const mouse = MouseOf(event);
+    if (!mouse)
+        return NOT_USED;
+    const int buttons = mouse->getButtonsStatus();
+    if (IsOf<KUVReleaseEvent>(event))
+        return UseRelease(event, buttons, viewer);
+    float x = event.GetX();
+    float y = event.GetY();
+    if (IsOf<KUVPressEvent>(event))
+        return UsePress(event, buttons, FromEventToNode(x, y, viewer));
+    if (IsOf<KUVMotionEvent>(event))
+        return UseMotion(buttons, buttons == 0 ? FromEventToNode(x, y, viewer) : nullptr);
+    if (IsOf<KUVDoubleClick>(event))
+        return UseDoubleClick(event, FromEventToNode(x, y, viewer));
+    return NOT_USED;
+}
+
+unsigned int VisTreeSpaceFillingLayout::UsePress(const KUVDeviceEvent& event, int buttons,
+                                                 VisDataTree* hit)
+{
+    if (!hit || event.GetModifier() != 0)
+        return NOT_USED;
+    if (event.GetButton() == LEFT_BUTTON && buttons == LEFT_BUTTON_ALONE) {
+        OnMouseSelection(hit);
+        return USED;
+    }
+    if (event.GetButton() == RIGHT_BUTTON && buttons == RIGHT_BUTTON_ALONE) {
+        OnMouseSelection(hit);
+        Dispatch(ON_RIGHT_CLICK_NODE(), nullptr);
+        return USED;
+    }
+    return NOT_USED;
+}
+
+unsigned int VisTreeSpaceFillingLayout::UseMotion(int buttons, VisDataTree* hit)
+{
+    if (buttons != 0 || !hit)
+        return NOT_USED;
+    // Nothing happens over the highlighted node; leaving all nodes keeps the highlight.
+    SetCurrentHighlightedNode(hit);
+    return USED;
+}
+
+unsigned int VisTreeSpaceFillingLayout::UseRelease(const KUVDeviceEvent& event, int buttons,
+                                                   KUVViewer* viewer)
+{
+    if (enableZoom_ == 0 || event.GetButton() != MIDDLE_BUTTON || buttons != 0 ||
+        event.GetModifier() != 0)
+        return NOT_USED;
+    float x = event.GetX();
+    float y = event.GetY();
+    if (viewer) {
+        // The pointer may have moved since the event was made.
+        int mouseX = 0;
+        int mouseY = 0;
+        viewer->GetMousePosition(&mouseX, &mouseY);
+        x = static_cast<float>(mouseX);
+        y = static_cast<float>(mouseY);
+    }
+    if (VisDataTree* const hit = FromEventToNode(x, y, viewer))
+        SetCurrentRoot(hit, /*pushOnStack=*/1);
+    return USED;
+}
+
+unsigned int VisTreeSpaceFillingLayout::UseDoubleClick(const KUVDeviceEvent& event,
+                                                       VisDataTree* hit)
+{
+    if (event.GetButton() == LEFT_BUTTON && hit) {
+        OnMouseSelection(hit);
+        Dispatch(ON_DOUBLE_CLICK(), nullptr);
+        return USED;
+    }
+    if (event.GetButton() != MIDDLE_BUTTON)
+        return NOT_USED;
+    if (hit && enableZoom_ != 0)
+        SetCurrentRoot(hit, /*pushOnStack=*/1);
+    return USED;
+}
+
+void VisTreeSpaceFillingLayout::OnMouseSelection(VisDataTree* node) { SetCurrentSelection(node); }
+
+// ---- keyboard
+
+unsigned int VisTreeSpaceFillingLayout::KeyboardAction(KUVKeybdEvent* event)
+{
+    if (!event || !GetCurrentRoot())
+        return NOT_USED;
+    const auto self = VisReference<VisTreeSpaceFillingLayout>::Retain(this);
+    try {
+        return UseKey(*event);
+    } catch (const std::bad_alloc&) {
+        return NOT_USED;
+    }
+}
+
+unsigned int VisTreeSpaceFillingLayout::UseKey(const KUVKeybdEvent& event)
+{
+    const unsigned int key = event.GetKeyCode();
+    const bool down = event.GetKeyState() == KEY_IS_DOWN;
+    switch (key) {
+    case KEY_UNZOOM:
+        return down && Unzoom() != 0 ? USED : NOT_USED;
+    case KEY_NEXT_LEAF:
+    case KEY_TO_PARENT:
+    case KEY_PREVIOUS_LEAF:
+    case KEY_TO_CHILD:
+        if (down)
+            SetCurrentSelection(GetNodeViaNavigation(key));
+        return USED;
+    case KEY_PAGE_MORE:
+    case KEY_PAGE_FEWER:
+        if (pageUpPageDownEnabled_ == 0)
+            return NOT_USED;
+        if (down)
+            ApplyPageUpPageDown(key);
+        return USED;
+    default:
+        return NOT_USED;
+    }
+}
+
+unsigned int VisTreeSpaceFillingLayout::IMEKeyboardAction(KUVIMEKeybdEvent* /*event*/)
+{
+    return NOT_USED;
+}
+
+VisDataTree* VisTreeSpaceFillingLayout::GetNodeViaNavigation(unsigned int key)
+{
+    switch (key) {
+    case KEY_NEXT_LEAF:
+        return FindLeafBeside(/*forward=*/true);
+    case KEY_PREVIOUS_LEAF:
+        return FindLeafBeside(/*forward=*/false);
+    case KEY_TO_PARENT:
+        return FindShownParent();
+    case KEY_TO_CHILD:
+        return FindShownChild();
+    default:
+        return nullptr;
+    }
+}
+
+VisDataTree* VisTreeSpaceFillingLayout::FindLeafBeside(bool forward)
+{
+    VisDataTree* const root = GetCurrentRoot();
+    VisDataTree* found = nullptr;
+    if (VisDataTree* const leaf = GetCurrentLeafSelection())
+        found =
+            forward ? leaf->NextLeafNodeInHierarchy(root) : leaf->PreviousLeafNodeInHierarchy(root);
+    else if (VisDataTree* const selection = GetCurrentSelection())
+        found = selection->GetFirstLeaf();
+    if (!found && root)
+        found = root->GetFirstLeaf();
+    return found;
+}
+
+VisDataTree* VisTreeSpaceFillingLayout::FindShownParent()
+{
+    VisDataTree* const selection = GetCurrentSelection();
+    const VisDataTree* const root = GetCurrentRoot();
+    if (!selection || selection == root)
+        return nullptr;
+    for (VisDataTree* node = selection->GetParent(); node; node = node->GetParent()) {
+        if (node == root || node->IsMerged() == 0)
+            return node;
+    }
+    return selection;
+}
+
+VisDataTree* VisTreeSpaceFillingLayout::FindShownChild()
+{
+    VisDataTree* node = GetCurrentSelection();
+    VisDataTree* const leaf = GetCurrentLeafSelection();
+    // A merged node without children, which hosts are told not to leave, ends the walk as well.
+    while (node && !node->GetChildren().empty()) {
+        node = leaf ? ChildTowards(node, leaf) : node->GetChildren().front();
+        if (!node || node->IsMerged() == 0)
+            break;
+    }
+    return node;
+}
+
+void VisTreeSpaceFillingLayout::ApplyPageUpPageDown(unsigned int /*key*/) {}
