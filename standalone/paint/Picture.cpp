@@ -18,7 +18,7 @@ namespace paint {
 
 namespace {
 
-constexpr qint64 MOST_BAND_PIXELS = qint64{1} << 26;
+constexpr int MOST_BAND_PIXELS = 1 << 24;
 
 std::string Grouped(int number)
 {
@@ -39,7 +39,7 @@ std::string PaintPng(const KUV2DBagRep& scene, const PictureOptions& options, La
     const int width = options.width;
     PngWriter writer(bytes, width, options.height, PngWriter::Channels::Rgb);
     const int block = writer.GetBlockRows();
-    const int most = static_cast<int>(MOST_BAND_PIXELS / width);
+    const int most = MOST_BAND_PIXELS / width;
     const int bandHeight = std::max(block, most - most % block);
     for (int first = 0; first < options.height; first += bandHeight) {
         const int count = std::min(bandHeight, options.height - first);

@@ -39,7 +39,7 @@ constexpr int MAX_PNG_SIDE = 32767;
 /// pixel on pixel, texts on whole baselines. A text is cut at the area that the other reps of its
 /// bag cover; icons do not count for that.
 ///
-/// A PNG costs memory for at most 64 Mi pixels at a time, whatever its size.
+/// A PNG costs memory for at most 16 Mi pixels at a time, whatever its size.
 std::string PaintPicture(const KUV2DBagRep& scene, const PictureOptions& options,
                          PictureFormat format, std::string& bytes);
 

@@ -105,6 +105,8 @@ std::string Deflate(const std::vector<unsigned char>& raw, bool isLast)
     deflate(&stream, isLast ? Z_FINISH : Z_FULL_FLUSH);
     compressed.resize(stream.total_out);
     deflateEnd(&stream);
+    // A hundred blocks may wait for their turn: none keeps the room that it did not need.
+    compressed.shrink_to_fit();
     return compressed;
 }
 
