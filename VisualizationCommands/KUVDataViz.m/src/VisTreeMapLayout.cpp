@@ -209,35 +209,46 @@ struct TreeMapSizes {
 
     /// A node whose children are being added up.
     struct Sum {
+        /// `node` is the cache's own: going on from it does not have to wait for the cache.
+        Sum(TreeMapCache& ownCache, const VisDataTree& node, VisTreeMap_SliceDice ownMode)
+            : cache(&ownCache), children(&node.GetChildren()), mode(ownMode), sizes(AxisOf(ownMode))
+        {
+        }
+
         TreeMapCache* cache;
         const std::vector<VisDataTree*>* children;
-        std::size_t next;
+        std::size_t next = 0;
         VisTreeMap_SliceDice mode;
         ChildSizes sizes;
     };
 
-    static Sum Open(TreeMapCache& cache, VisTreeMap_SliceDice mode)
-    {
-        return {&cache, &cache.GetNode()->GetChildren(), 0, mode, ChildSizes(AxisOf(mode))};
-    }
-
-    /// Adds up children until one has to be computed first, which is given back; null at the end.
-    static TreeMapCache* AddChildren(Sum& sum)
+    /// Adds up children until one has to be computed first, which is given back for the caller to
+    /// add; null at the end.
+    static const VisDataTree* AddChildren(Sum& sum)
     {
         const VisTreeMap_SliceDice childMode = InverseOf(sum.mode);
-        for (; sum.next < sum.children->size(); ++sum.next) {
-            const VisDataTree* const child = (*sum.children)[sum.next];
+        const std::vector<VisDataTree*>& children = *sum.children;
+        // Kept out of memory while it grows: this is where the time of large trees goes.
+        ChildSizes sizes = sum.sizes;
+        const VisDataTree* pending = nullptr;
+        std::size_t next = sum.next;
+        while (next < children.size() && !pending) {
+            const VisDataTree* const child = children[next++];
             TreeMapCache* const cache = TreeMapCacheOf(child);
             if (!cache)
                 continue;
-            if (!IsComputed(*cache, childMode)) {
-                if (!IsChildless(child))
-                    return cache;
+            if (IsComputed(*cache, childMode)) {
+                sizes.Add(cache->GetComputedMinimumSize());
+            } else if (IsChildless(child)) {
                 Store(*cache, childMode, LEAF_SIZE);
+                sizes.Add(LEAF_SIZE);
+            } else {
+                pending = child;
             }
-            sum.sizes.Add(cache->GetComputedMinimumSize());
         }
-        return nullptr;
+        sum.next = next;
+        sum.sizes = sizes;
+        return pending;
     }
 
     /// Computes `root` and whatever is not computed below it, each node once.
@@ -250,17 +261,20 @@ struct TreeMapSizes {
             return;
         }
         std::vector<Sum> open;
-        open.push_back(Open(root, mode));
+        open.emplace_back(root, *root.GetNode(), mode);
         while (!open.empty()) {
             Sum& sum = open.back();
-            if (TreeMapCache* const child = AddChildren(sum)) {
-                open.push_back(Open(*child, InverseOf(sum.mode)));
+            if (const VisDataTree* const child = AddChildren(sum)) {
+                open.emplace_back(*TreeMapCacheOf(child), *child, InverseOf(sum.mode));
                 continue;
             }
             const std::size_t count = sum.children->size();
-            Store(*sum.cache, sum.mode, sum.sizes.ParentSize(count));
+            const KUVMathPoint2Df size = sum.sizes.ParentSize(count);
+            Store(*sum.cache, sum.mode, size);
             Remember(*sum.cache, count, sum.sizes);
             open.pop_back();
+            if (!open.empty())
+                open.back().sizes.Add(size);
         }
     }
 
@@ -407,11 +421,18 @@ public:
 private:
     /// A node whose children are being laid out.
     struct Opened {
-        const std::vector<VisDataTree*>* children = nullptr;
+        Opened(const std::vector<VisDataTree*>& ownChildren, VisTreeMap_SliceDice mode,
+               const Rectangle& rectangle, float sum, int depth)
+            : children(&ownChildren), cursor(AxisOf(mode), rectangle, ownChildren.size(), sum),
+              childMode(InverseOf(mode)), childDepth(depth + 1)
+        {
+        }
+
+        const std::vector<VisDataTree*>* children;
         std::size_t next = 0;
         StripCursor cursor;
-        VisTreeMap_SliceDice childMode = VisTreeMap_SideBySide;
-        int childDepth = 0;
+        VisTreeMap_SliceDice childMode;
+        int childDepth;
     };
 
     void Visit(VisDataTree* root, VisTreeMap_SliceDice mode, const Rectangle& rectangle, int depth)
@@ -439,9 +460,7 @@ private:
         VisCacheAccess::SetSize(cache, rectangle.size);
         maker_.Draw(cache, depth);
         if (isExpanded && !children.empty())
-            open_.push_back({&children, 0,
-                             StripCursor(AxisOf(mode), rectangle, children.size(), sum),
-                             InverseOf(mode), depth + 1});
+            open_.emplace_back(children, mode, rectangle, sum, depth);
     }
 
     Maker& maker_;
