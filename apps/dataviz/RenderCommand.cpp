@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <memory>
@@ -37,6 +39,8 @@ std::string PaintTo(const std::string& path, const Picture& picture, const Rende
     paint::PictureOptions wanted;
     wanted.width = static_cast<int>(width);
     wanted.height = static_cast<int>(height);
+    // A contour of one pixel is lost in a picture for a dense screen.
+    wanted.lineWidth = static_cast<int>(std::round(std::clamp(options.scale, 1.0f, 64.0f)));
     wanted.fontFamily = options.font == "none" ? std::string() : options.font;
     paint::PictureFormat format = paint::PictureFormat::Png;
     if (options.format == PictureFileFormat::Svg)
