@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <memory>
