@@ -184,7 +184,7 @@ bool FileContent::LooksLikeIges() const
     constexpr std::size_t SECTION_COLUMN = 72;
     if (head_.size() <= SECTION_COLUMN + 7)
         return false;
-    const std::string_view number = std::string_view(head_).substr(SECTION_COLUMN, 8);
+    const std::string_view number = Head().substr(SECTION_COLUMN, 8);
     return number[0] == 'S' && std::all_of(number.begin() + 1, number.end(), [](char c) {
                return c == ' ' || (c >= '0' && c <= '9');
            });

@@ -38,10 +38,10 @@ std::string At(const char* array, std::uint64_t index)
 
 const json& ArrayOf(const json& object, const char* key)
 {
-    static const json NOTHING = json::array();
+    static const json nothing = json::array();
     const auto member = object.find(key);
     if (member == object.end())
-        return NOTHING;
+        return nothing;
     if (!member->is_array())
         throw Refusal(std::string("\"") + key + "\" is not an array");
     return *member;
@@ -125,10 +125,11 @@ Source ReadGlb(const std::string& path)
         throw Refusal("the GLB file has no valid header");
     if (const std::uint32_t version = Word(stream); version != 2)
         throw Refusal("GLB version " + std::to_string(version) + " is not supported");
-    if (const std::uint64_t length = Word(stream); length > size)
+    const std::uint64_t stated = Word(stream);
+    if (stated > size)
         throw Refusal("the GLB file is cut off: " + std::to_string(size) + " of " +
-                      std::to_string(length) + " bytes");
-    else if (length < size)
+                      std::to_string(stated) + " bytes");
+    if (stated < size)
         throw Refusal("the GLB file is longer than its header says");
 
     Source source;
@@ -252,8 +253,7 @@ void CheckBuffer(const json& buffer, std::uint64_t index, const std::string& fol
     constexpr std::string_view MARK = ";base64,";
     const std::size_t comma = uri.find(MARK);
     const std::optional<std::uint64_t> bytes =
-        comma == std::string::npos ? std::nullopt
-                                   : Base64Size(std::string_view(uri).substr(comma + MARK.size()));
+        comma == std::string::npos ? std::nullopt : Base64Size(uri.substr(comma + MARK.size()));
     if (!bytes || *bytes < *length)
         throw Refusal(At("buffer", index) + " has malformed data");
 }

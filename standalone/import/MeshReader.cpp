@@ -124,11 +124,11 @@ bool IsInvented(const std::string& name, const std::string& path)
 {
     if (IsReaderPlaceholder(name))
         return true;
-    static const std::set<std::string> INVENTED{
+    static const std::set<std::string> invented{
         "defaultobject", "g_default", "DefaultMaterial", "$ColladaAutoName$", "ROOT", "RootNode",
         "3MF",           "XML"};
     const bool isTag = name.size() > 1 && name.front() == '<' && name.back() == '>';
-    return isTag || INVENTED.count(name) > 0 || name.compare(0, 16, "$ColladaAutoName") == 0 ||
+    return isTag || invented.count(name) > 0 || name.compare(0, 16, "$ColladaAutoName") == 0 ||
            name == std::filesystem::path(path).filename().string();
 }
 

@@ -209,7 +209,7 @@ std::string Transfer(STEPCAFControl_Reader& reader, const ImportOptions& options
     const Handle(StepData_StepModel) entities = reader.ChangeReader().StepModel();
     if (entities.IsNull() || entities->NbEntities() == 0)
         return "the STEP file holds no data";
-    if (const std::string reason = JudgeStructure(entities, options); !reason.empty())
+    if (std::string reason = JudgeStructure(entities, options); !reason.empty())
         return reason;
     const NameKeys names(entities);
     Handle(TDocStd_Document) document = NewXcafDocument();
