@@ -77,9 +77,10 @@ void RunRender(const RenderOptions& options, const std::string& outputFile, Work
         return;
     }
     channel.InputIsRead();
-    channel.Progress("drawing", -1);
+    channel.Progress("loading fonts", -1);
     const paint::PaintSession session;
     const auto font = FontOf(options, channel);
+    channel.Progress("laying out", -1);
     Picture picture(tree, options.model);
     picture.Draw(options, font.get());
     channel.Progress("writing", -1);
