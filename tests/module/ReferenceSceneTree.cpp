@@ -6,7 +6,7 @@
 #include <sstream>
 #include <utility>
 
-namespace reference {
+namespace sceneReference {
 
 KUVRep* Path::Current() const
 {
@@ -213,4 +213,4 @@ std::string Text(const AnyNode* root)
 std::string Describe(const Node* root) { return Text(root); }
 std::string Describe(const VisDataTree* root) { return Text(root); }
 
-}  // namespace reference
+}  // namespace sceneReference

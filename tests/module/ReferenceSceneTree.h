@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace reference {
+namespace sceneReference {
 
 /// A pick path written out.
 struct Path {
@@ -50,6 +50,6 @@ std::unique_ptr<Node> BuildTree(const std::vector<KUVPickPath>& paths, const KUV
 std::string Describe(const Node* root);
 std::string Describe(const VisDataTree* root);
 
-}  // namespace reference
+}  // namespace sceneReference
 
 #endif

@@ -492,7 +492,7 @@ TEST(VisDataTreeUtility, TreesOfRandomPathsAgreeWithThePlainConstruction)
         std::vector<KUVPickPath> paths;
         while (!tape.IsAtEnd())
             paths.push_back(pool.Path(tape));
-        const auto expected = reference::BuildTree(paths, &restriction, mergeable);
+        const auto expected = sceneReference::BuildTree(paths, &restriction, mergeable);
         for (KUVPickPath& path : paths) {
             if (path.Size() % 2 != 0)
                 path.LockPath();
@@ -500,7 +500,7 @@ TEST(VisDataTreeUtility, TreesOfRandomPathsAgreeWithThePlainConstruction)
         const SceneTree tree(VisDataTreeUtility::CreateTreeFromPickPath(ListOf(paths), &restriction,
                                                                         mergeable ? 1 : 0));
         ++trees;
-        RC_ASSERT(reference::Describe(tree.get()) == reference::Describe(expected.get()));
+        RC_ASSERT(sceneReference::Describe(tree.get()) == sceneReference::Describe(expected.get()));
     };
     const bool agrees = rc::check([&checkOneTree] {
         for (int i = 0; i < 10; ++i)

@@ -35,7 +35,7 @@ constexpr float SCALE = 1.0f / 4096.0f;
 struct Pair {
     VisDataTree* node;
     Cache* cache;
-    reference::Node* twin;
+    mapReference::Node* twin;
 };
 
 bool SameBits(float a, float b)
@@ -46,7 +46,7 @@ bool SameBits(float a, float b)
     return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
-bool Same(const KUVMathPoint2Df& a, const reference::Point& b)
+bool Same(const KUVMathPoint2Df& a, const mapReference::Point& b)
 {
     return SameBits(a.x, b.x) && SameBits(a.y, b.y);
 }
@@ -62,7 +62,7 @@ public:
         for (std::size_t i = 1; i < count; ++i) {
             const Pair parent = pairs_[i - 1 - Below(std::min(i, reach))];
             auto* const node = new VisDataTree(nullptr, "n", "");
-            reference::Node* const twin = map_.AddNode();
+            mapReference::Node* const twin = map_.AddNode();
             parent.node->InsertChild(node, 1);
             node->Release();
             map_.InsertChild(*parent.twin, *twin, true);
@@ -105,7 +105,7 @@ public:
     {
         for (std::size_t i = 0; i < pairs_.size(); ++i) {
             const Cache& cache = *pairs_[i].cache;
-            const reference::Node& twin = *pairs_[i].twin;
+            const mapReference::Node& twin = *pairs_[i].twin;
             const bool isSame = Same(cache.GetPos(), twin.position) &&
                                 Same(cache.GetSize(), twin.size) &&
                                 Same(cache.GetComputedMinimumSize(), twin.minimum) &&
@@ -132,7 +132,7 @@ private:
              << (cache.GetView() != nullptr);
         return text.str();
     }
-    static std::string Describe(const reference::Node& twin)
+    static std::string Describe(const mapReference::Node& twin)
     {
         std::ostringstream text;
         text << twin.position.x << "," << twin.position.y << "  " << twin.size.x << "x"
@@ -253,13 +253,13 @@ private:
         float sum = -7.0f;
         float twinSum = -7.0f;
         EXPECT_EQ(pair.cache->CanSliceAndDiceExpandNode(asked, size, &sum) != 0,
-                  reference::TreeMap::CanSliceAndDiceExpandNode(*pair.twin, mode, {size.x, size.y},
-                                                                &twinSum));
+                  mapReference::TreeMap::CanSliceAndDiceExpandNode(*pair.twin, mode,
+                                                                   {size.x, size.y}, &twinSum));
         EXPECT_TRUE(SameBits(sum, twinSum)) << sum << " instead of " << twinSum;
         EXPECT_TRUE(Same(pair.cache->ComputeMinimumExpandedSize(asked),
-                         reference::TreeMap::ComputeMinimumExpandedSize(*pair.twin, mode)));
+                         mapReference::TreeMap::ComputeMinimumExpandedSize(*pair.twin, mode)));
         EXPECT_EQ(pair.cache->CanLayoutChildrenInGrid(size) != 0,
-                  reference::TreeMap::CanLayoutChildrenInGrid(*pair.twin, {size.x, size.y}));
+                  mapReference::TreeMap::CanLayoutChildrenInGrid(*pair.twin, {size.x, size.y}));
         return "ask";
     }
 
@@ -269,12 +269,12 @@ private:
         const unsigned int mode = Mode();
         pair.cache->SetLastModeOfComputedMinimumExpandedSize(
             static_cast<VisTreeMap_SliceDice>(mode));
-        reference::TreeMap::SetLastMode(*pair.twin, mode);
+        mapReference::TreeMap::SetLastMode(*pair.twin, mode);
         return "set the mode";
     }
 
     std::mt19937_64 random_;
-    reference::TreeMap map_;
+    mapReference::TreeMap map_;
     VisReference<VisDataTree> root_;
     VisReference<KUV2DBagRep> bag_;
     VisReference<VisTreeMapLayout> layout_;

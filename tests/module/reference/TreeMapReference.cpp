@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstddef>
 
-namespace reference {
+namespace mapReference {
 
 namespace {
 
@@ -315,4 +315,4 @@ void TreeMap::SetCurrentRoot(Node& node)
         Draw(position, size);
 }
 
-}  // namespace reference
+}  // namespace mapReference

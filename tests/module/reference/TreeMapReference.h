@@ -7,7 +7,7 @@
 #include <memory>
 #include <vector>
 
-namespace reference {
+namespace mapReference {
 
 struct Point {
     float x = 0.0f;
@@ -62,6 +62,6 @@ private:
     Node* currentRoot_ = nullptr;
 };
 
-}  // namespace reference
+}  // namespace mapReference
 
 #endif
