@@ -138,9 +138,13 @@ bool SeparatesPrimitives()
 
 class SceneTreeBuilder {
 public:
-    SceneTreeBuilder(const KUVRepPath* restrictTo, unsigned char mergeableIfNotLoaded)
+    SceneTreeBuilder(const KUVRepPath* restrictTo, unsigned char mergeableIfNotLoaded,
+                     int expectedPaths)
         : restrictTo_(restrictTo ? *restrictTo : KUVRepPath()), mergeable_(mergeableIfNotLoaded)
     {
+        // Every path brings a leaf, as a rule.
+        children_.Reserve(static_cast<std::size_t>(expectedPaths));
+        paths_.reserve(static_cast<std::size_t>(expectedPaths));
     }
     /// An unfinished tree goes with its paths.
     ~SceneTreeBuilder()
@@ -427,7 +431,7 @@ VisDataTree* VisDataTreeUtility::CreateTreeFromPickPath(const list<KUVPickPath>&
                                                         unsigned char mergeableIfNotLoaded)
 {
     try {
-        SceneTreeBuilder builder(restrictTo, mergeableIfNotLoaded);
+        SceneTreeBuilder builder(restrictTo, mergeableIfNotLoaded, paths.Count());
         for (int i = 0; i < paths.Count(); ++i) {
             const KUVPickPath* const path = paths[i];
             if (!path)

@@ -21,6 +21,9 @@
 /// only.
 class VisChildIndex {
 public:
+    /// Makes room for about so many children. Throws `std::bad_alloc`.
+    void Reserve(std::size_t children) { entries_.reserve(children); }
+
     /// The first child of `parent` that designates the same element as `path`, or null.
     VisDataTree* Find(VisDataTree& parent, KUVPickPath& path) const;
 
