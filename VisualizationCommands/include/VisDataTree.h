@@ -240,6 +240,7 @@ private:
     friend struct VisCacheAccess;
     friend struct VisTreeAccess;
 
+    void ForgetNode();
     void SpreadToChildren(void (VisDataTreeCache::*setter)(unsigned char), unsigned char value);
 
     VisDataTree* node_ = nullptr;
@@ -250,6 +251,8 @@ private:
     unsigned char kind_ = 0;
     // Everything below, as far as caches reach, is hidden and has no view; never copied.
     unsigned char hiddenBelow_ = 0;
+    // A layout linked the cache to its present node, which tells it when it dies; never copied.
+    unsigned char linkedByLayout_ = 0;
     long long colorValue_ = 0;
     long long sizeValue_ = 0;
     unsigned char resizeWithValue_ = 0;

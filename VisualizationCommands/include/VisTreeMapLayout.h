@@ -78,7 +78,8 @@ private:
 
     void FillGrid(VisDataTree& root, const Picture& picture, int depth);
     void ShowNode(VisTreeMapLayoutCache& cache, unsigned char expanded);
-    void DrawNode(VisTreeMapLayoutCache& cache, const Picture& picture, int depth);
+    void DrawNode(VisDataTree& node, VisTreeMapLayoutCache& cache, const Picture& picture,
+                  int depth);
 };
 
 /// What the tree map knows of one node beyond its rectangle: the smallest size at which the node

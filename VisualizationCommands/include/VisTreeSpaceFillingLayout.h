@@ -197,8 +197,11 @@ protected:
     /// Hides the node and all below it: no views, not expanded, discarded. What is hidden already
     /// as a whole is not walked again.
     void ResetView(VisTreeSpaceFillingLayoutCache* cache);
-    /// The same for all below the node, without the node itself.
-    void ResetViewsBelow(VisTreeSpaceFillingLayoutCache* cache);
+    /// The same for a node and its cache, also where the cache has forgotten the node. Null and a
+    /// node without a layout's cache are ignored.
+    void ResetViewOf(VisDataTree* node);
+    /// The same for all below `node`, without the node itself; `cache` is the node's.
+    void ResetViewsBelow(VisDataTree& node, VisTreeSpaceFillingLayoutCache& cache);
 
 private:
     struct Slots;

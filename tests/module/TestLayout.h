@@ -39,6 +39,7 @@ public:
     using VisTreeSpaceFillingLayout::Init;
     using VisTreeSpaceFillingLayout::OnMouseSelection;
     using VisTreeSpaceFillingLayout::ResetView;
+    using VisTreeSpaceFillingLayout::ResetViewOf;
     using VisTreeSpaceFillingLayout::ResetViewsBelow;
     using VisTreeSpaceFillingLayout::SetDiscardedVisibility;
 

@@ -29,7 +29,7 @@ constexpr VisTreeMap_SliceDice STACKED = VisTreeMap_Stacked;
 
 /// A tree, its tree map and what it draws into.
 struct Map {
-    explicit Map(const support::TreeSpec& tree)
+    explicit Map(const support::TreeSketch& tree)
         : root(trees::NodeRef::Adopt(support::MakeTree(tree))),
           bag(BagRef::Adopt(KUV2DBagRep::CreateRep())),
           font(FontRef::Adopt(support::MakeFixedWidthFont())),
@@ -68,7 +68,7 @@ struct Map {
     MapRef layout;
 };
 
-inline const support::TreeSpec THREE_LEAVES = {"R", {{"0"}, {"1"}, {"2"}}};
+inline const support::TreeSketch THREE_LEAVES = {"R", {{"0"}, {"1"}, {"2"}}};
 
 }  // namespace treemaps
 

@@ -29,7 +29,7 @@ using treemaps::THREE_LEAVES;
 
 namespace {
 
-const support::TreeSpec TWO_LEVELS = {"R", {{"A", {{"a"}, {"b"}}}, {"B", {{"c"}}}, {"C"}}};
+const support::TreeSketch TWO_LEVELS = {"R", {{"A", {{"a"}, {"b"}}}, {"B", {{"c"}}}, {"C"}}};
 
 /// The rectangle of every node, in pre-order.
 std::vector<float> AllNumbers(VisDataTree* root)

@@ -78,7 +78,7 @@ void ExpectPicture(const std::string& name, const std::string& picture)
     EXPECT_EQ(picture, expected.str()) << "after a deliberate change: scripts/rebaseline";
 }
 
-const support::TreeSpec PUMP = {
+const support::TreeSketch PUMP = {
     "Pump",
     {{"Housing", {{"Upper half"}, {"Lower half"}, {"Flange", {{"Bolt"}, {"Bolt"}, {"Bolt"}}}}},
      {"Rotor",

@@ -817,14 +817,14 @@ TEST(VisTreeSpaceFillingLayout, ResettingAViewHidesTheWholeSubtree)
     EXPECT_NE(ViewOf(s.b), nullptr);
     EXPECT_EQ(CacheOf(s.b)->IsDiscarded(), 0);
     s.layout->ResetView(nullptr);
-    s.layout->ResetViewsBelow(nullptr);
+    s.layout->ResetViewOf(nullptr);
 }
 
 TEST(VisTreeSpaceFillingLayout, ResettingBelowANodeLeavesTheNodeItself)
 {
     const Shown s;
     s.Draw();
-    s.layout->ResetViewsBelow(CacheOf(s.r.Get()));
+    s.layout->ResetViewsBelow(*s.r.Get(), *CacheOf(s.r.Get()));
     EXPECT_NE(ViewOf(s.r.Get()), nullptr);
     EXPECT_EQ(CacheOf(s.r.Get())->IsExpanded(), 1);
     EXPECT_EQ(ViewOf(s.f), nullptr);

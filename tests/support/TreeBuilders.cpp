@@ -19,9 +19,9 @@ VisDataTree* AddNode(VisDataTree* parent, const std::string& label)
     return node;
 }
 
-void AddChildren(VisDataTree* parent, const std::vector<support::TreeSpec>& children)
+void AddChildren(VisDataTree* parent, const std::vector<support::TreeSketch>& children)
 {
-    for (const support::TreeSpec& child : children)
+    for (const support::TreeSketch& child : children)
         AddChildren(AddNode(parent, child.label), child.children);
 }
 
@@ -35,10 +35,10 @@ struct Step {
 
 namespace support {
 
-VisDataTree* MakeTree(const TreeSpec& spec)
+VisDataTree* MakeTree(const TreeSketch& sketch)
 {
-    VisDataTree* const root = MakeNode(spec.label);
-    AddChildren(root, spec.children);
+    VisDataTree* const root = MakeNode(sketch.label);
+    AddChildren(root, sketch.children);
     return root;
 }
 

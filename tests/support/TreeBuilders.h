@@ -12,14 +12,14 @@
 namespace support {
 
 /// A tree written down: `{"Pump", {{"Rotor", {{"Blade"}}}, {"Housing"}}}`.
-struct TreeSpec {
+struct TreeSketch {
     std::string label;
-    std::vector<TreeSpec> children = {};
+    std::vector<TreeSketch> children = {};
 };
 
 /// The tree with one reference for the caller; children in the order given, no icons, flags and
 /// data 0.
-VisDataTree* MakeTree(const TreeSpec& spec);
+VisDataTree* MakeTree(const TreeSketch& sketch);
 
 /// A tree of `nodeCount` nodes (at least 1) labelled "0", "1" and so on in the order in which they
 /// were made: each hangs below one of the `reach` nodes made before it, so that a reach of 1 gives

@@ -2,6 +2,7 @@
 
 #include "private/CacheAccess.h"
 #include "private/GuardedNode.h"
+#include "private/SaturatingCast.h"
 #include "private/TreeAccess.h"
 #include "private/TreeEpoch.h"
 #include "private/TreeWalk.h"
@@ -344,7 +345,7 @@ unsigned int GreyOf(long long value, long long whole)
     // Written so that not-a-number gives 0 as well.
     if (!(ratio > 0.0))
         return 0;
-    return ratio >= 1.0 ? 255U : static_cast<unsigned int>(ratio * 255.0);
+    return ratio >= 1.0 ? 255U : static_cast<unsigned int>(TruncateToInt(ratio * 255.0));
 }
 
 /// Tells the caches from `cache` upwards that something below them may be shown.
@@ -374,7 +375,7 @@ VisDataTree::~VisDataTree()
     RemoveParent(/*release=*/0);
     // A cache that belongs to a layout outlives the node, and must not lead back to it.
     if (layoutCache_ != 0 && cache_ && cache_->node_ == this)
-        cache_->node_ = nullptr;
+        cache_->ForgetNode();
     ReleaseChildren();
     data_ = nullptr;
 }
@@ -478,8 +479,8 @@ void VisTreeAccess::LinkNewCache(VisDataTree& node, VisDataTree::VisDataTreeCach
     VisTreeEpoch::Advance();
     quietStamps.Expire();
     node.cache_ = &cache;
-    node.layoutCache_ = 1;
     cache.node_ = &node;
+    MarkLayoutCache(node);
     cache.InternalResetCache();
 }
 
@@ -636,7 +637,7 @@ Cache& Cache::operator=(VisDataTreeCache& other)
     // The flags copied here may show a node that those above count as hidden.
     ClearHiddenFrom(GetCacheOfParent());
     if (node_ != other.node_)
-        node_ = nullptr;
+        ForgetNode();
     expanded_ = other.expanded_;
     discarded_ = other.discarded_;
     showLabel_ = other.showLabel_;
@@ -645,6 +646,15 @@ Cache& Cache::operator=(VisDataTreeCache& other)
     resizeWithValue_ = other.resizeWithValue_;
     colorWithValue_ = other.colorWithValue_;
     return *this;
+}
+
+void Cache::ForgetNode()
+{
+    // The node keeps pointing here, but must no longer trust the cache to outlive the link.
+    if (linkedByLayout_ != 0 && node_)
+        node_->layoutCache_ = 0;
+    linkedByLayout_ = 0;
+    node_ = nullptr;
 }
 
 Cache::~VisDataTreeCache()
@@ -671,6 +681,7 @@ void Cache::SetNode(VisDataTree* node)
 {
     if (node == node_)
         return;
+    linkedByLayout_ = 0;
     if (VisDataTree* const former = std::exchange(node_, node)) {
         former->SetCache(nullptr);
         // The former node may have answered by clearing the link.

@@ -387,8 +387,9 @@ namespace {
 
 /// Visits the nodes that a slice-and-dice shows, a node before its children, with their rectangles.
 ///
-/// `Maker` says what becomes of a node: `Show(cache, expanded)`, `HideBelow(cache)` for the
-/// children of a collapsed node, and `Draw(cache, depth)` once the rectangle is stored.
+/// `Maker` says what becomes of a node: `Show(cache, expanded)`, `HideBelow(node, cache)` for the
+/// children of a collapsed node, and `Draw(node, cache, depth)` behind its children. The node is
+/// handed on with its cache, which may have forgotten it.
 template <class Maker>
 class SliceAndDiceWalk {
 public:
@@ -399,11 +400,13 @@ public:
         Visit(root, mode, rectangle, depth);
         while (!open_.empty()) {
             Opened& parent = open_.back();
-            if (parent.next == parent.children->size()) {
+            const std::vector<VisDataTree*>& children = parent.node->GetChildren();
+            if (parent.next == children.size()) {
+                maker_.Draw(*parent.node, *parent.cache, parent.childDepth - 1);
                 open_.pop_back();
                 continue;
             }
-            VisDataTree* const child = (*parent.children)[parent.next++];
+            VisDataTree* const child = children[parent.next++];
             TreeMapCache* const cache = TreeMapCacheOf(child);
             if (parent.cursor.IsEqual()) {
                 // A child without cache leaves its strip empty.
@@ -421,14 +424,16 @@ public:
 private:
     /// A node whose children are being laid out.
     struct Opened {
-        Opened(const std::vector<VisDataTree*>& ownChildren, VisTreeMap_SliceDice mode,
+        Opened(VisDataTree& opened, TreeMapCache& ownCache, VisTreeMap_SliceDice mode,
                const Rectangle& rectangle, float sum, int depth)
-            : children(&ownChildren), cursor(AxisOf(mode), rectangle, ownChildren.size(), sum),
+            : node(&opened), cache(&ownCache),
+              cursor(AxisOf(mode), rectangle, opened.GetChildren().size(), sum),
               childMode(InverseOf(mode)), childDepth(depth + 1)
         {
         }
 
-        const std::vector<VisDataTree*>* children;
+        VisDataTree* node;
+        TreeMapCache* cache;
         std::size_t next = 0;
         StripCursor cursor;
         VisTreeMap_SliceDice childMode;
@@ -455,12 +460,13 @@ private:
             children.empty() || cache.CanSliceAndDiceExpandNode(mode, rectangle.size, &sum);
         maker_.Show(cache, isExpanded ? 1 : 0);
         if (!isExpanded)
-            maker_.HideBelow(cache);
+            maker_.HideBelow(*node, cache);
         VisCacheAccess::SetPosition(cache, rectangle.position);
         VisCacheAccess::SetSize(cache, rectangle.size);
-        maker_.Draw(cache, depth);
         if (isExpanded && !children.empty())
-            open_.emplace_back(children, mode, rectangle, sum, depth);
+            open_.emplace_back(*node, cache, mode, rectangle, sum, depth);
+        else
+            maker_.Draw(*node, cache, depth);
     }
 
     Maker& maker_;
@@ -470,8 +476,8 @@ private:
 /// Makes no views: the walk leaves nothing but rectangles.
 struct RectanglesOnly {
     void Show(TreeMapCache& /*cache*/, unsigned char /*expanded*/) {}
-    void HideBelow(TreeMapCache& /*cache*/) {}
-    void Draw(TreeMapCache& /*cache*/, int /*depth*/) {}
+    void HideBelow(VisDataTree& /*node*/, TreeMapCache& /*cache*/) {}
+    void Draw(VisDataTree& /*node*/, TreeMapCache& /*cache*/, int /*depth*/) {}
 };
 
 }  // namespace
@@ -504,8 +510,14 @@ public:
     {
         layout_.ShowNode(cache, expanded);
     }
-    void HideBelow(VisTreeMapLayoutCache& cache) { layout_.ResetViewsBelow(&cache); }
-    void Draw(VisTreeMapLayoutCache& cache, int depth) { layout_.DrawNode(cache, picture_, depth); }
+    void HideBelow(VisDataTree& node, VisTreeMapLayoutCache& cache)
+    {
+        layout_.ResetViewsBelow(node, cache);
+    }
+    void Draw(VisDataTree& node, VisTreeMapLayoutCache& cache, int depth)
+    {
+        layout_.DrawNode(node, cache, picture_, depth);
+    }
 
 private:
     VisTreeMapLayout& layout_;
@@ -582,7 +594,7 @@ void VisTreeMapLayout::LayoutChildrenInGrid(const KUVMathPoint2Df& origin,
     VisCacheAccess::SetPosition(*cache, origin);
     VisCacheAccess::SetSize(*cache, size);
     FillGrid(*root, picture, depth + 1);
-    DrawNode(*cache, picture, depth);
+    DrawNode(*root, *cache, picture, depth);
 }
 
 /// Deals the grid's cells out to the children of `root`, in order.
@@ -598,10 +610,10 @@ void VisTreeMapLayout::FillGrid(VisDataTree& root, const Picture& picture, int d
             // A child without cache leaves its cell empty.
             if (VisTreeMapLayoutCache* const cache = TreeMapCacheOf(children[next])) {
                 ShowNode(*cache, IsChildless(children[next]) ? 1 : 0);
-                ResetViewsBelow(cache);
+                ResetViewsBelow(*children[next], *cache);
                 VisCacheAccess::SetPosition(*cache, corner);
                 VisCacheAccess::SetSize(*cache, {grid.cellWidth, TreeMapGeometry::MIN_HEIGHT});
-                DrawNode(*cache, picture, depth);
+                DrawNode(*children[next], *cache, picture, depth);
             }
             ++next;
             corner.x += TreeMapGeometry::CellStep(grid);
@@ -610,7 +622,7 @@ void VisTreeMapLayout::FillGrid(VisDataTree& root, const Picture& picture, int d
         corner.y -= TreeMapGeometry::ROW_STEP;
     }
     for (; next < children.size(); ++next)
-        ResetView(VisCacheAccess::LayoutCacheOf(children[next]));
+        ResetViewOf(children[next]);
 }
 
 /// Marks a node as shown and sees to it that it has an empty view.
@@ -624,15 +636,15 @@ void VisTreeMapLayout::ShowNode(VisTreeMapLayoutCache& cache, unsigned char expa
 }
 
 /// Builds the view of a node from the rectangle in its cache.
-void VisTreeMapLayout::DrawNode(VisTreeMapLayoutCache& cache, const Picture& picture, int depth)
+void VisTreeMapLayout::DrawNode(VisDataTree& node, VisTreeMapLayoutCache& cache,
+                                const Picture& picture, int depth)
 {
     VisTreeSpaceFillingView* const view = cache.GetView();
     if (!view)
         return;
     const KUVMathPoint2Df position =
         TreeMapGeometry::ScaleAbout(picture.origin, cache.GetPos(), picture.scale);
-    view->Init(cache.GetNode()->IsLeafObject(),
-               cache.GetLabelToDisplay(VisDataTree_ApplyValueToNone), position,
+    view->Init(node.IsLeafObject(), cache.GetLabelToDisplay(VisDataTree_ApplyValueToNone), position,
                TreeMapGeometry::Scale(cache.GetSize(), picture.scale),
                cache.GetRGBAColor(depth, picture.root), picture.font, cache.IsExpanded(),
                /*centredLabel=*/0, picture.noIcon, VisTreeSpaceFillingView::Position_IconRight,

@@ -248,6 +248,8 @@ void VisTreeSpaceFillingLayout::UnlinkCaches() noexcept
     }
     // Nodes that were taken out of the tree while it was shown.
     for (VisTreeSpaceFillingLayoutCache* const cache : caches_) {
+        if (!VisTreeAccess::IsLinkedByLayout(*cache))
+            continue;
         VisDataTree* const node = cache->GetNode();
         if (node && node->GetCache() == cache)
             node->SetCache(nullptr);
@@ -304,7 +306,7 @@ void VisTreeSpaceFillingLayout::SetCurrentRoot(VisDataTree* node, unsigned char 
     if (former.Get()) {
         if (pushOnStack != 0)
             slots_->lastRoots.Push(former.Get());
-        ResetView(cache);
+        ResetViewOf(former.Get());
     }
     slots_->currentRoot.Set(root.Get());
     // What is drawn next does not hang below nodes that count as hidden.
@@ -481,16 +483,26 @@ void VisTreeSpaceFillingLayout::ResetView(VisTreeSpaceFillingLayoutCache* cache)
     if (!cache)
         return;
     HideNode(*cache);
-    ResetViewsBelow(cache);
+    if (VisDataTree* const node = cache->GetNode())
+        ResetViewsBelow(*node, *cache);
 }
 
-void VisTreeSpaceFillingLayout::ResetViewsBelow(VisTreeSpaceFillingLayoutCache* cache)
+void VisTreeSpaceFillingLayout::ResetViewOf(VisDataTree* node)
 {
-    if (!cache || !cache->GetNode() || VisCacheAccess::HiddenBelow(*cache) != 0)
+    if (VisTreeSpaceFillingLayoutCache* const cache = VisCacheAccess::LayoutCacheOf(node)) {
+        HideNode(*cache);
+        ResetViewsBelow(*node, *cache);
+    }
+}
+
+void VisTreeSpaceFillingLayout::ResetViewsBelow(VisDataTree& top,
+                                                VisTreeSpaceFillingLayoutCache& cache)
+{
+    if (VisCacheAccess::HiddenBelow(cache) != 0)
         return;
-    VisPreOrderWalk<VisDataTree> walk(cache->GetNode());
+    VisPreOrderWalk<VisDataTree> walk(&top);
     VisDataTree* node = walk.Next();
-    VisCacheAccess::HiddenBelow(*cache) = 1;
+    VisCacheAccess::HiddenBelow(cache) = 1;
     try {
         while (VisDataTree* const next = walk.Next()) {
             node = next;

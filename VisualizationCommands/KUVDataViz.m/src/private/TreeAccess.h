@@ -10,7 +10,18 @@ struct VisTreeAccess {
     /// link. Resets `cache` alone: the caches above were linked, and so reset, just before.
     static void LinkNewCache(VisDataTree& node, VisDataTree::VisDataTreeCache& cache);
     /// Marks the present cache of `node` as one that lives while it is linked.
-    static void MarkLayoutCache(VisDataTree& node) { node.layoutCache_ = node.cache_ ? 1 : 0; }
+    static void MarkLayoutCache(VisDataTree& node)
+    {
+        node.layoutCache_ = node.cache_ ? 1 : 0;
+        if (node.cache_)
+            node.cache_->linkedByLayout_ = 1;
+    }
+    /// Whether the cache is still linked as a layout left it. Only then is its node known to be
+    /// alive: a link that somebody else made since may lead to a node that is gone.
+    static bool IsLinkedByLayout(const VisDataTree::VisDataTreeCache& cache)
+    {
+        return cache.linkedByLayout_ != 0;
+    }
 
     /// Forgets the remembered counts and resets the caches of `node` and of all above it.
     static void ResetCache(VisDataTree& node) { node.ResetCache(); }
