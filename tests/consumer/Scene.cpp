@@ -1,8 +1,9 @@
-// What this small host does not have: styled widgets, and 3D scenes. The module asks for them only
-// when a tooltip or the tree of a scene is wanted. Paths that it makes here stay empty, and every
-// question about a scene is answered with "nothing".
+// What this small host does not have: styled widgets, 3D scenes, and a mouse. The module asks for
+// them only when a tooltip, the tree of a scene or an answer to an event is wanted. Paths that it
+// makes here stay empty, and every question about a scene is answered with "nothing".
 
 #include "KUV3D.h"
+#include "KUVEvents.h"
 #include "KUVWidgets.h"
 
 // ---- styled widgets
@@ -74,6 +75,13 @@ IDENTITY_OF(KUV3DReferencePlaneGP)
 IDENTITY_OF(KUV3DFixedArrowGP)
 IDENTITY_OF(KUV2DPolygonGP)
 IDENTITY_OF(Vis3DDynamicLeaderGP)
+IDENTITY_OF(KUVMouseDevice)
+IDENTITY_OF(KUVDeviceEvent)
+IDENTITY_OF(KUVPressEvent)
+IDENTITY_OF(KUVReleaseEvent)
+IDENTITY_OF(KUVMotionEvent)
+IDENTITY_OF(KUVDoubleClick)
+IDENTITY_OF(KUVViewerEvent)
 
 // ---- statistics
 
