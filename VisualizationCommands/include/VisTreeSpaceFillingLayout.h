@@ -200,8 +200,8 @@ protected:
     /// The same for a node and its cache, also where the cache has forgotten the node. Null and a
     /// node without a layout's cache are ignored.
     void ResetViewOf(VisDataTree* node);
-    /// The same for all below `node`, without the node itself; `cache` is the node's.
-    void ResetViewsBelow(VisDataTree& node, VisTreeSpaceFillingLayoutCache& cache);
+    /// The same for all below `top`, without the node itself; `cache` is its cache.
+    void ResetViewsBelow(VisDataTree& top, VisTreeSpaceFillingLayoutCache& cache);
 
 private:
     struct Slots;

@@ -70,7 +70,7 @@ std::shared_ptr<const PartGeometry> PartGeometry::MakeWithStrips(std::vector<Fac
     trianglesPerFace.reserve(faces.size());
     for (const FaceTriangles& face : faces)
         trianglesPerFace.push_back(TrianglesOf(face));
-    const auto made =
+    auto made =
         Make(std::move(trianglesPerFace), edgeCount, vertexCount, bounds, std::move(native));
     // Nobody else knows the geometry yet.
     std::const_pointer_cast<PartGeometry>(made)->strippedFaces_ = std::move(faces);

@@ -159,8 +159,8 @@ KUVRep* KUVRepPath::operator[](int index) const { return locked_ ? nullptr : rep
 
 const list<int>* KUVRepPath::GetSubElementList() const
 {
-    static const list<int> NOTHING;
-    return locked_ ? &NOTHING : &subElements_;
+    static const list<int> nothing;
+    return locked_ ? &nothing : &subElements_;
 }
 
 KUVViewpoint* KUVRepPath::GetViewpoint() const { return nullptr; }
