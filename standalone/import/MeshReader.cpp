@@ -24,8 +24,10 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <set>
+#include <sstream>
 
 namespace kuvimport {
 
@@ -331,7 +333,8 @@ private:
                  at = reason.find(name))
                 reason.replace(at, name.size(), "the file");
         }
-        reason = OneLine(reason);
+        // Some texts quote the rest of the file.
+        reason = Shortened(OneLine(reason), 100);
         const std::string what = std::string("the ") + NameOf(format_) + " file cannot be read";
         return reason.empty() ? what : what + " (" + reason + ")";
     }
@@ -355,6 +358,82 @@ bool HasVertices(const aiScene& scene)
 {
     return std::any_of(scene.mMeshes, scene.mMeshes + scene.mNumMeshes,
                        [](const aiMesh* mesh) { return mesh->mNumVertices > 0; });
+}
+
+/// The toolkit's triangulation aborts the process when a mesh says that it has polygons and has
+/// none, as those of files that are cut off do.
+void CorrectPrimitiveTypes(const aiScene& scene)
+{
+    for (unsigned i = 0; i < scene.mNumMeshes; ++i) {
+        aiMesh& mesh = *scene.mMeshes[i];
+        unsigned types = 0;
+        for (unsigned f = 0; f < mesh.mNumFaces; ++f) {
+            switch (mesh.mFaces[f].mNumIndices) {
+            case 0:
+            case 1:
+                types |= aiPrimitiveType_POINT;
+                break;
+            case 2:
+                types |= aiPrimitiveType_LINE;
+                break;
+            case 3:
+                types |= aiPrimitiveType_TRIANGLE;
+                break;
+            default:
+                types |= aiPrimitiveType_POLYGON;
+            }
+        }
+        if (types != 0)
+            mesh.mPrimitiveTypes = types;
+    }
+}
+
+/// A PLY file in text has a line for each element that its header announces; the toolkit does not
+/// notice when the last ones are missing, and reads the ones before them again.
+std::string JudgeLines(const std::string& path, ModelFormat format)
+{
+    std::ifstream stream(path, std::ios::binary);
+    std::string line;
+    bool isText = false;
+    std::uint64_t announced = 0;
+    while (format == ModelFormat::Ply && std::getline(stream, line) &&
+           line.compare(0, 10, "end_header") != 0) {
+        std::istringstream words(line);
+        std::string key;
+        std::string name;
+        std::uint64_t count = 0;
+        words >> key >> name >> count;
+        isText = isText || (key == "format" && name == "ascii");
+        if (key == "element")
+            announced += count;
+    }
+    if (!isText)
+        return {};
+    std::uint64_t present = 0;
+    while (present < announced && std::getline(stream, line))
+        present += Trimmed(line).empty() ? 0U : 1U;
+    if (present == announced)
+        return {};
+    return "the ply file is cut off: " + Grouped(present) + " of " + Grouped(announced) +
+           " elements";
+}
+
+/// Faces without corners stand where a file ended before all that it announced.
+std::string JudgeWholeness(const aiScene& scene, ModelFormat format)
+{
+    std::uint64_t faces = 0;
+    std::uint64_t whole = 0;
+    for (unsigned i = 0; i < scene.mNumMeshes; ++i) {
+        const aiMesh& mesh = *scene.mMeshes[i];
+        faces += mesh.mNumFaces;
+        whole += static_cast<std::uint64_t>(
+            std::count_if(mesh.mFaces, mesh.mFaces + mesh.mNumFaces,
+                          [](const aiFace& face) { return face.mNumIndices > 0; }));
+    }
+    if (whole == faces)
+        return {};
+    return std::string("the ") + NameOf(format) + " file is cut off or malformed: only " +
+           Grouped(whole) + " of " + Grouped(faces) + " faces could be read";
 }
 
 std::uint64_t CountTriangles(const aiScene& scene)
@@ -574,13 +653,19 @@ std::string ReadGltf(const std::string& path, ModelFormat format, const ImportOp
 std::string ReadMesh(const std::string& path, ModelFormat format, ImportMonitor* monitor,
                      ImportedModel& model)
 {
-    std::string reason;
+    std::string reason = JudgeLines(path, format);
+    if (!reason.empty())
+        return reason;
     const std::string fault = RunGuarded([&] {
         Reading reading(path, format, monitor);
         reason = reading.Read();
         if (!reason.empty() || IsCancelled(monitor))
             return;
+        reason = JudgeWholeness(reading.Scene(), format);
+        if (!reason.empty())
+            return;
         const std::uint64_t stated = CountTriangles(reading.Scene());
+        CorrectPrimitiveTypes(reading.Scene());
         reason = reading.Triangulate();
         if (!reason.empty())
             return;

@@ -43,18 +43,6 @@ void AppendLatin1(std::string& text, unsigned char byte)
     text += static_cast<char>(0x80 | (byte & 0x3F));
 }
 
-/// Cuts at a character's border and says so with an ellipsis.
-std::string Cut(std::string text, std::size_t longest)
-{
-    if (text.size() <= longest)
-        return text;
-    std::size_t end = longest;
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
-        --end;
-    text.resize(end);
-    return text + "...";
-}
-
 }  // namespace
 
 bool IsUtf8(std::string_view bytes)
@@ -95,6 +83,17 @@ std::string Trimmed(std::string_view text)
 
 bool IsReaderPlaceholder(std::string_view name) { return name.substr(0, 3) == "=>["; }
 
+std::string Shortened(std::string text, std::size_t longest)
+{
+    if (text.size() <= longest)
+        return text;
+    std::size_t end = longest;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
+        --end;
+    text.resize(end);
+    return text + "...";
+}
+
 std::string OneLine(std::string_view text)
 {
     std::string line;
@@ -106,9 +105,12 @@ std::string OneLine(std::string_view text)
         else if (!line.empty() && line.back() != ' ')
             line += ' ';
     }
-    return Cut(Trimmed(line), LONGEST_MESSAGE);
+    return Shortened(Trimmed(line), LONGEST_MESSAGE);
 }
 
-std::string Quoted(std::string_view text) { return '"' + Cut(OneLine(text), LONGEST_QUOTE) + '"'; }
+std::string Quoted(std::string_view text)
+{
+    return '"' + Shortened(OneLine(text), LONGEST_QUOTE) + '"';
+}
 
 }  // namespace kuvimport

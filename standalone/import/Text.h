@@ -2,6 +2,7 @@
 #ifndef IMPORT_TEXT_H
 #define IMPORT_TEXT_H
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -25,6 +26,9 @@ bool IsReaderPlaceholder(std::string_view name);
 
 /// For messages: control characters become blanks, runs of blanks one, and long texts are cut.
 std::string OneLine(std::string_view text);
+
+/// Cut at a character's border, with an ellipsis, when it has more than `longest` bytes.
+std::string Shortened(std::string text, std::size_t longest);
 
 /// The text between quotation marks, cut and in one line.
 std::string Quoted(std::string_view text);

@@ -317,6 +317,20 @@ TEST(MeshReader, FilesOfOtherProgramsAreReadInEveryFormatThatIsOffered)
     }
 }
 
+TEST(MeshReader, APlyFileThatIsCutOffIsRefused)
+{
+    const std::string text = "ply\nformat ascii 1.0\nelement vertex 4\nproperty float x\n"
+                             "property float y\nproperty float z\nelement face 3\n"
+                             "property list uchar int vertex_indices\nend_header\n"
+                             "0 0 0\n1 0 0\n1 1 0\n0 1 0\n4 0 1 2 3\n3 0 1 2\n3 0 2 3\n";
+    EXPECT_EQ(TrianglesOf(ImportText("a.ply", text)), 4U);
+    for (const char* end : {"3 0 2 3", "3 0 1 2", "4 0 1 2 3"}) {
+        const ImportResult result = ImportText("a.ply", text.substr(0, text.find(end)));
+        EXPECT_FALSE(result.model) << end;
+        EXPECT_NE(result.error, "");
+    }
+}
+
 TEST(MeshReader, AnOffFileIsRead)
 {
     const ImportResult result =
