@@ -392,21 +392,27 @@ void CorrectPrimitiveTypes(const aiScene& scene)
 /// notice when the last ones are missing, and reads the ones before them again.
 std::string JudgeLines(const std::string& path, ModelFormat format)
 {
+    if (format != ModelFormat::Ply)
+        return {};
     std::ifstream stream(path, std::ios::binary);
     std::string line;
     bool isText = false;
+    bool hasEnd = false;
     std::uint64_t announced = 0;
-    while (format == ModelFormat::Ply && std::getline(stream, line) &&
-           line.compare(0, 10, "end_header") != 0) {
+    while (!hasEnd && std::getline(stream, line)) {
         std::istringstream words(line);
         std::string key;
         std::string name;
         std::uint64_t count = 0;
         words >> key >> name >> count;
         isText = isText || (key == "format" && name == "ascii");
+        hasEnd = key == "end_header";
         if (key == "element")
             announced += count;
     }
+    // The toolkit looks for the end of a header for ever.
+    if (!hasEnd)
+        return "the ply file is cut off (its header has no end)";
     if (!isText)
         return {};
     std::uint64_t present = 0;

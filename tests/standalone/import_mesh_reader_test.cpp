@@ -331,6 +331,15 @@ TEST(MeshReader, APlyFileThatIsCutOffIsRefused)
     }
 }
 
+TEST(MeshReader, APlyHeaderWithoutEndIsRefused)
+{
+    for (const char* form : {"ascii", "binary_little_endian", "binary_big_endian"}) {
+        const ImportResult result =
+            ImportText("a.ply", std::string("ply\nformat ") + form + " 1.0\nelement ver");
+        EXPECT_EQ(result.error, "the ply file is cut off (its header has no end)") << form;
+    }
+}
+
 TEST(MeshReader, AnOffFileIsRead)
 {
     const ImportResult result =
