@@ -2,6 +2,7 @@
 
 #include "import/FileMending.h"
 #include "import/GltfFile.h"
+#include "import/MeshFileCheck.h"
 #include "import/ShapeParts.h"
 #include "import/StructureLimits.h"
 #include "import/Text.h"
@@ -25,9 +26,9 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <map>
 #include <set>
-#include <sstream>
 
 namespace kuvimport {
 
@@ -290,10 +291,11 @@ private:
 /// One file on its way through the toolkit.
 class Reading {
 public:
-    Reading(const std::string& path, ModelFormat format, ImportMonitor* monitor)
+    /// `mended` is what the toolkit sees instead of the file; empty: the file.
+    Reading(const std::string& path, ModelFormat format, std::string mended, ImportMonitor* monitor)
         : path_(path), format_(format),
           shownAs_(std::filesystem::path(path).replace_extension(ExtensionOf(format)).string()),
-          files_(new FolderFiles(path, shownAs_, MendedBytes(path, format)))
+          files_(new FolderFiles(path, shownAs_, std::move(mended)))
     {
         // Both are the importer's from here on.
         importer_.SetIOHandler(files_);
@@ -388,40 +390,17 @@ void CorrectPrimitiveTypes(const aiScene& scene)
     }
 }
 
-/// A PLY file in text has a line for each element that its header announces; the toolkit does not
-/// notice when the last ones are missing, and reads the ones before them again.
-std::string JudgeLines(const std::string& path, ModelFormat format)
+/// What the file states itself, of the formats in which the toolkit does not notice an end too
+/// early.
+MeshFileState StateOf(const std::string& path, ModelFormat format, const std::string& mended)
 {
-    if (format != ModelFormat::Ply)
+    if (format != ModelFormat::Ply && format != ModelFormat::Obj && format != ModelFormat::Stl)
         return {};
+    if (!mended.empty())
+        return CheckMeshFile(mended, format);
     std::ifstream stream(path, std::ios::binary);
-    std::string line;
-    bool isText = false;
-    bool hasEnd = false;
-    std::uint64_t announced = 0;
-    while (!hasEnd && std::getline(stream, line)) {
-        std::istringstream words(line);
-        std::string key;
-        std::string name;
-        std::uint64_t count = 0;
-        words >> key >> name >> count;
-        isText = isText || (key == "format" && name == "ascii");
-        hasEnd = key == "end_header";
-        if (key == "element")
-            announced += count;
-    }
-    // The toolkit looks for the end of a header for ever.
-    if (!hasEnd)
-        return "the ply file is cut off (its header has no end)";
-    if (!isText)
-        return {};
-    std::uint64_t present = 0;
-    while (present < announced && std::getline(stream, line))
-        present += Trimmed(line).empty() ? 0U : 1U;
-    if (present == announced)
-        return {};
-    return "the ply file is cut off: " + Grouped(present) + " of " + Grouped(announced) +
-           " elements";
+    const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
+    return CheckMeshFile(bytes, format);
 }
 
 /// Faces without corners stand where a file ended before all that it announced.
@@ -647,7 +626,7 @@ std::string ReadGltf(const std::string& path, ModelFormat format, const ImportOp
     model.warnings.insert(model.warnings.end(), file.warnings.begin(), file.warnings.end());
     std::string reason;
     const std::string fault = RunGuarded([&] {
-        Reading reading(path, format, monitor);
+        Reading reading(path, format, MendedBytes(path, format), monitor);
         reason = reading.Read();
         if (reason.empty() && !IsCancelled(monitor))
             reason = FillGltf(file, reading.Scene(), path, model);
@@ -659,11 +638,14 @@ std::string ReadGltf(const std::string& path, ModelFormat format, const ImportOp
 std::string ReadMesh(const std::string& path, ModelFormat format, ImportMonitor* monitor,
                      ImportedModel& model)
 {
-    std::string reason = JudgeLines(path, format);
-    if (!reason.empty())
-        return reason;
+    std::string reason;
     const std::string fault = RunGuarded([&] {
-        Reading reading(path, format, monitor);
+        std::string mended = MendedBytes(path, format);
+        const MeshFileState state = StateOf(path, format, mended);
+        reason = state.problem;
+        if (!reason.empty())
+            return;
+        Reading reading(path, format, std::move(mended), monitor);
         reason = reading.Read();
         if (!reason.empty() || IsCancelled(monitor))
             return;
