@@ -74,6 +74,8 @@ std::string JudgeUse(ImportedModel& model)
     const ModelCounts counts = model.Count();
     if (counts.instances == 0 && counts.reps == 0)
         return "the file holds nothing to show";
+    if (counts.triangles == 0 && counts.faces > 0 && model.tessellation)
+        return "no face of the file could be tessellated";
     if (counts.triangles == 0)
         model.warnings.push_back("no shape of the file has a face with triangles");
     return {};

@@ -11,6 +11,7 @@
 #include <Bnd_Box.hxx>
 #include <IMeshTools_Parameters.hxx>
 #include <Poly_Triangulation.hxx>
+#include <Precision.hxx>
 #include <TopExp.hxx>
 #include <TopTools_IndexedMapOfShape.hxx>
 #include <TopoDS.hxx>
@@ -26,6 +27,10 @@ namespace kuvimport {
 
 namespace {
 
+/// A chord cannot be further from its arc than the part is large; more could also overflow.
+constexpr double COARSEST_DEFLECTION = 1;
+/// Finer ones fill any memory with triangles that no picture can tell apart.
+constexpr double FINEST_DEFLECTION = 1e-6;
 constexpr double DEGREE = 3.14159265358979323846 / 180;
 
 /// One geometry on its way to triangles. `faces` is the order of its face numbers.
@@ -70,6 +75,11 @@ Extent ExtentOf(const TopoDS_Shape& shape, bool useTriangles)
     return extent;
 }
 
+double LinearDeflection(const ImportOptions& options)
+{
+    return std::clamp(options.linearDeflection, FINEST_DEFLECTION, COARSEST_DEFLECTION);
+}
+
 /// Sorts a geometry's faces into those that brought triangles and those that wait for some.
 void Prepare(Job& job, const ImportOptions& options)
 {
@@ -96,8 +106,10 @@ void Prepare(Job& job, const ImportOptions& options)
     // Faces with triangles are kept out of the mesher's sight: it would measure them against its
     // own deflection and replace those that it finds too coarse.
     job.open = brought == 0 ? *shape : TopoDS_Shape(open);
-    job.deflection =
-        ExtentOf(*shape, /*useTriangles=*/false).LargestSide() * options.linearDeflection;
+    const double size = ExtentOf(*shape, /*useTriangles=*/false).LargestSide();
+    // The mesher refuses less than its precision; without a size there is nothing to mesh.
+    if (size > 0)
+        job.deflection = std::max(size * LinearDeflection(options), Precision::Confusion());
 }
 
 void Mesh(Job& job, const ImportOptions& options, bool parallel, const Message_ProgressRange& range)
@@ -308,7 +320,7 @@ bool TessellateParts(ImportedModel& model, const ImportOptions& options, ImportM
     }
     if (anyOpen) {
         Run(options, monitor).Execute(GroupsWithoutSharing(jobs));
-        model.tessellation = Tessellation{options.linearDeflection, options.angularDeflection};
+        model.tessellation = Tessellation{LinearDeflection(options), options.angularDeflection};
     }
     if (IsCancelled(monitor))
         return false;

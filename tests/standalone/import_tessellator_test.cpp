@@ -2,11 +2,16 @@
 
 #include "import_files.h"
 
+#include <BRepPrimAPI_MakeBox.hxx>
+#include <BRepTools.hxx>
+
 #include <atomic>
+#include <limits>
 
 namespace {
 
 using namespace kuvimport;
+using importtest::Folder;
 using importtest::Import;
 using importtest::ProductNamed;
 
@@ -50,6 +55,49 @@ TEST(Tessellator, FinerDeflectionsGiveMoreTriangles)
     EXPECT_LT(coarse, normal);
     EXPECT_LT(normal, fine);
     EXPECT_GT(coarse, 0U);
+}
+
+/// A cube of side 10 in the kernel's own form, without curves.
+ImportResult ImportCube(const Folder& folder, const ImportOptions& options)
+{
+    const std::string path = folder / "cube.brep";
+    EXPECT_TRUE(BRepTools::Write(BRepPrimAPI_MakeBox(10, 10, 10).Shape(), path.c_str()));
+    return Import(path, options);
+}
+
+TEST(Tessellator, ADeflectionBelowTheMeshersPrecisionLosesNoFace)
+{
+    const Folder folder;
+    ImportOptions options;
+    options.linearDeflection = 1e-12;
+    const ImportResult result = ImportCube(folder, options);
+    ASSERT_TRUE(result.model) << result.error;
+    EXPECT_EQ(result.model->Count().triangles, 12U);
+    EXPECT_TRUE(result.model->warnings.empty());
+}
+
+TEST(Tessellator, ADeflectionBeyondAllNumbersIsThePartsSize)
+{
+    for (const double deflection : {1e300, std::numeric_limits<double>::infinity()}) {
+        const Folder folder;
+        ImportOptions options;
+        options.linearDeflection = deflection;
+        const ImportResult result = ImportCube(folder, options);
+        ASSERT_TRUE(result.model) << result.error;
+        EXPECT_EQ(result.model->Count().triangles, 12U);
+        EXPECT_TRUE(result.model->warnings.empty());
+        EXPECT_EQ(result.model->tessellation->linearDeflection, 1);
+    }
+}
+
+TEST(Tessellator, AFileWhoseFacesAllFailIsAnError)
+{
+    const Folder folder;
+    ImportOptions options;
+    options.angularDeflection = 1e-15;
+    const ImportResult result = ImportCube(folder, options);
+    EXPECT_FALSE(result.model);
+    EXPECT_EQ(result.error, "no face of the file could be tessellated");
 }
 
 TEST(Tessellator, WhatWasUsedIsReported)
