@@ -332,6 +332,26 @@ MeshFileState CheckStl(std::string_view bytes)
     return state;
 }
 
+// ---- OBJ
+
+/// Counts faces with fewer than three corners; their indices are the toolkit's to judge.
+MeshFileState CheckObj(std::string_view bytes)
+{
+    MeshFileState state;
+    while (!bytes.empty()) {
+        std::string_view line = TakeLine(bytes);
+        if (TakeWord(line) != "f" || line.find('\\') != std::string_view::npos)
+            continue;
+        ++state.faces;
+        std::size_t corners = 0;
+        for (std::string_view word = TakeWord(line); !word.empty() && word[0] != '#';
+             word = TakeWord(line))
+            ++corners;
+        state.badFaces += corners < 3 ? 1 : 0;
+    }
+    return state;
+}
+
 }  // namespace
 
 MeshFileState CheckMeshFile(std::string_view bytes, ModelFormat format)
@@ -340,6 +360,8 @@ MeshFileState CheckMeshFile(std::string_view bytes, ModelFormat format)
         return PlyCheck(bytes).Run();
     if (format == ModelFormat::Stl)
         return CheckStl(bytes);
+    if (format == ModelFormat::Obj)
+        return CheckObj(bytes);
     return {};
 }
 

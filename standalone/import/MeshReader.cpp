@@ -362,6 +362,24 @@ bool HasVertices(const aiScene& scene)
                        [](const aiMesh* mesh) { return mesh->mNumVertices > 0; });
 }
 
+/// Makes a point of each face with a corner that is not there: the triangulation would read it.
+void DropBadCorners(const aiScene& scene)
+{
+    for (unsigned i = 0; i < scene.mNumMeshes; ++i) {
+        const aiMesh& mesh = *scene.mMeshes[i];
+        for (unsigned f = 0; f < mesh.mNumFaces; ++f) {
+            aiFace& face = mesh.mFaces[f];
+            const bool isGood =
+                std::all_of(face.mIndices, face.mIndices + face.mNumIndices,
+                            [&](unsigned corner) { return corner < mesh.mNumVertices; });
+            if (!isGood && mesh.mNumVertices > 0) {
+                face.mIndices[0] = 0;
+                face.mNumIndices = 1;
+            }
+        }
+    }
+}
+
 /// The toolkit's triangulation aborts the process when a mesh says that it has polygons and has
 /// none, as those of files that are cut off do.
 void CorrectPrimitiveTypes(const aiScene& scene)
@@ -652,7 +670,16 @@ std::string ReadMesh(const std::string& path, ModelFormat format, ImportMonitor*
         reason = JudgeWholeness(reading.Scene(), format);
         if (!reason.empty())
             return;
+        if (state.faces > 0 && state.badFaces == state.faces) {
+            reason = std::string("no face of the ") + NameOf(format) + " file can be used";
+            return;
+        }
+        DropBadCorners(reading.Scene());
         const std::uint64_t stated = CountTriangles(reading.Scene());
+        if (state.badFaces > 0)
+            model.warnings.push_back(Grouped(state.badFaces) + " of " + Grouped(state.faces) +
+                                     " faces are lost (too few corners, or corners that are not "
+                                     "there)");
         CorrectPrimitiveTypes(reading.Scene());
         reason = reading.Triangulate();
         if (!reason.empty())

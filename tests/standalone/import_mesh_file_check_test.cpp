@@ -117,4 +117,31 @@ TEST(MeshFileCheck, CommentsAndBlankLinesMayFollowTheEndOfATextStl)
     EXPECT_EQ(TrianglesOf(two), 2U) << two.error;
 }
 
+TEST(MeshFileCheck, APlyFaceWithACornerThatIsNotThereIsLostWithAWarning)
+{
+    const ImportResult result =
+        ImportText("a.ply", PlyHeader("ascii", "4", "2") + CORNERS + "4 0 1 2 9\n3 0 2 3\n");
+    EXPECT_EQ(TrianglesOf(result), 1U) << result.error;
+    ASSERT_TRUE(result.model);
+    EXPECT_TRUE(importtest::AnyContains(result.model->warnings, "1 of 2 faces are lost"));
+}
+
+TEST(MeshFileCheck, AnObjFaceWithTooFewCornersIsLostWithAWarning)
+{
+    const std::string corners = "v 0 0 0\nv 1 0 0\nv 1 1 0\n";
+    const ImportResult result = ImportText("a.obj", corners + "f 1 2 3\nf 1 2\n");
+    EXPECT_EQ(TrianglesOf(result), 1U) << result.error;
+    ASSERT_TRUE(result.model);
+    EXPECT_TRUE(importtest::AnyContains(result.model->warnings, "1 of 2 faces are lost"));
+}
+
+TEST(MeshFileCheck, AFileWhoseFacesAreAllBadIsAnError)
+{
+    const ImportResult ply =
+        ImportText("a.ply", PlyHeader("ascii", "4", "1") + CORNERS + "3 0 1 9\n");
+    EXPECT_EQ(ply.error, "no face of the ply file can be used");
+    const ImportResult obj = ImportText("a.obj", "v 0 0 0\nv 1 0 0\nf 1 2\n");
+    EXPECT_EQ(obj.error, "no face of the obj file can be used");
+}
+
 }  // namespace
