@@ -37,8 +37,15 @@ void GrantUsualRights(int descriptor)
 std::string Resolved(const std::string& target)
 {
     std::error_code error;
-    const fs::path path = fs::canonical(target, error);
-    return error ? target : path.string();
+    fs::path path = fs::canonical(target, error);
+    if (!error)
+        return path.string();
+    // There is no file yet, but there may be links that say where it belongs.
+    constexpr int MOST_LINKS = 40;
+    path = target;
+    for (int i = 0; i < MOST_LINKS && fs::is_symlink(path, error); ++i)
+        path = path.parent_path() / fs::read_symlink(path, error);
+    return path.string();
 }
 
 }  // namespace
@@ -55,7 +62,10 @@ std::string OutputFile::Open(const std::string& target)
 {
     target_ = target == "-" ? target : Resolved(target);
     struct stat status {};
+    errno = 0;
     const bool exists = target != "-" && stat(target_.c_str(), &status) == 0;
+    if (!exists && errno == ELOOP)
+        return CannotWrite(errno);
     if (exists && S_ISDIR(status.st_mode))
         return CannotWrite(EISDIR);
     if (exists && access(target_.c_str(), W_OK) != 0)

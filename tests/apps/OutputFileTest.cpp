@@ -91,6 +91,32 @@ TEST_F(OutputFileTest, ReplacesWhatALinkPointsAtAndKeepsTheLink)
     EXPECT_EQ(ReadBack(folder_ / "real.svg"), "new");
 }
 
+TEST_F(OutputFileTest, CreatesWhatADanglingLinkPointsAtAndKeepsTheLink)
+{
+    fs::create_directory(folder_ / "sub");
+    fs::create_symlink("sub/second.svg", folder_ / "first.svg");
+    fs::create_symlink("real.svg", folder_ / "sub" / "second.svg");
+    OutputFile file;
+    ASSERT_EQ(file.Open((folder_ / "first.svg").string()), "");
+    Write(file.TemporaryPath(), "new");
+    ASSERT_EQ(file.Commit(), "");
+    EXPECT_TRUE(fs::is_symlink(folder_ / "first.svg"));
+    EXPECT_TRUE(fs::is_symlink(folder_ / "sub" / "second.svg"));
+    EXPECT_FALSE(fs::is_symlink(folder_ / "sub" / "real.svg"));
+    EXPECT_EQ(ReadBack(folder_ / "sub" / "real.svg"), "new");
+}
+
+TEST_F(OutputFileTest, RefusesARingOfLinks)
+{
+    fs::create_symlink("b.svg", folder_ / "a.svg");
+    fs::create_symlink("a.svg", folder_ / "b.svg");
+    OutputFile file;
+    EXPECT_EQ(file.Open((folder_ / "a.svg").string()),
+              "cannot be written: Too many levels of symbolic links");
+    EXPECT_TRUE(fs::is_symlink(folder_ / "a.svg"));
+    EXPECT_EQ(Entries(), 2u);
+}
+
 TEST_F(OutputFileTest, HasTheRightsOfAnyNewFile)
 {
     const mode_t former = umask(027);
