@@ -9,6 +9,7 @@
 
 #include "TreeFile.h"
 #include "VisDataTree.h"
+#include "import/FileContent.h"
 
 namespace dataviz {
 
@@ -59,11 +60,15 @@ std::string LowerExtension(const std::string& path)
     return extension;
 }
 
-/// By the name, where the content does not tell.
-bool IsTreeFileName(const std::string& path)
+/// By the beginning of the content where that is unmistakable, else by the name.
+bool IsTreeFile(const std::string& path, std::string_view beginning)
 {
+    if (path == "-" || LooksLikeTreeFile(beginning))
+        return true;
     const std::string extension = LowerExtension(path);
-    return path == "-" || extension == ".json" || extension == ".csv";
+    // No model format goes by these names, so one that is found is the content's.
+    return (extension == ".json" || extension == ".csv") &&
+           kuvimport::FileContent(path).Format() == kuvimport::ModelFormat::Unknown;
 }
 
 }  // namespace
@@ -82,15 +87,14 @@ std::optional<Failure> InputTree::Load(const std::string& path, const ModelOptio
     std::string text;
     if (!file || !ReadInto(text, file.get(), BEGINNING))
         return CannotRead();
-    if (!IsTreeFileName(path) && !LooksLikeTreeFile(text))
+    if (!IsTreeFile(path, text))
         return LoadModel(path, options, channel);
     if (!ReadInto(text, file.get(), static_cast<std::size_t>(-1)))
         return CannotRead();
-    bool isOtherJson = false;
-    std::optional<Failure> failure = LoadTreeFile(text, isOtherJson);
-    // JSON that is no tree may be a glTF document; its reader then knows best what is wrong with
-    // it.
-    const bool isGltf = LowerExtension(path) == ".gltf" || (isOtherJson && path != "-");
+    bool hasAsset = false;
+    std::optional<Failure> failure = LoadTreeFile(text, hasAsset);
+    // The reader of glTF documents knows best what is wrong with one.
+    const bool isGltf = LowerExtension(path) == ".gltf" || (hasAsset && path != "-");
     if (isGltf && (failure || (nodes_.size() == 1 && root_->GetLabel().IsEmpty()))) {
         text = {};
         return LoadModel(path, options, channel);
@@ -102,11 +106,11 @@ std::optional<Failure> InputTree::Load(const std::string& path, const ModelOptio
 
 // ---- tree files
 
-std::optional<Failure> InputTree::LoadTreeFile(const std::string& text, bool& isOtherJson)
+std::optional<Failure> InputTree::LoadTreeFile(const std::string& text, bool& isGltf)
 {
     TreeFile file;
     if (const std::optional<TreeFileError> error = ReadTreeFile(text, file)) {
-        isOtherJson = error->otherJson;
+        isGltf = error->isGltf;
         return Failure{{}, error->Text()};
     }
     const Clock::time_point start = Clock::now();

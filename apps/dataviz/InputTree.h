@@ -63,7 +63,7 @@ public:
     void Weigh(bool wholeReps);
 
 private:
-    std::optional<Failure> LoadTreeFile(const std::string& text, bool& isOtherJson);
+    std::optional<Failure> LoadTreeFile(const std::string& text, bool& isGltf);
     std::optional<Failure> LoadModel(const std::string& path, const ModelOptions& options,
                                      WorkChannel& channel);
     void BuildFrom(const TreeFile& file);

@@ -42,9 +42,8 @@ struct TreeFileError {
     std::uint64_t line = 1;
     std::uint64_t column = 1;
     std::string reason;
-    /// The text is JSON, but not of a tree: a glTF document, or an object with none of a node's
-    /// keys. Whoever asked may try another reader.
-    bool otherJson = false;
+    /// The text is a glTF document, an object with an "asset" instead of a node's keys: a model.
+    bool isGltf = false;
 
     /// "line 3, column 17: reason"
     std::string Text() const;

@@ -68,6 +68,9 @@ constexpr std::array KEY_RULES{
     KeyRule{"parent", Key::Parent, Builder::PARENT, nullptr},
 };
 
+/// The parser's number for the error that a number is out of the range of a double.
+constexpr int NUMBER_OVERFLOW = 406;
+
 std::string Quoted(std::string_view name) { return "\"" + std::string(name) + "\""; }
 
 /// The parser's own words on a syntax error without its prefix and without what it read last, which
@@ -155,7 +158,8 @@ private:
     bool ignoreNext_ = false;        // the next value belongs to an unknown key
     bool isList_ = false;            // the file is an array of records
     bool hasKnownKey_ = false;
-    bool sawAsset_ = false;
+    bool sawAsset_ = false;  // the unknown key that was read last is the root's "asset"
+    bool hasAsset_ = false;
     std::optional<TreeFileError> error_;
     // Of records only: the ids, as text, and each record's id and parent.
     std::string references_;
@@ -337,7 +341,7 @@ bool JsonReader::key(std::string& name)
         // A glTF document names its version in the "asset" of its root.
         if (sawAsset_ && skipped_ == 1 && name == "version") {
             Fail(TokenStart(), "is a glTF document, not a tree");
-            error_->otherJson = true;
+            error_->isGltf = true;
             return false;
         }
         return Done();
@@ -360,6 +364,7 @@ bool JsonReader::key(std::string& name)
     }
     ignoreNext_ = true;
     sawAsset_ = node == 0 && !isList_ && name == "asset";
+    hasAsset_ = hasAsset_ || sawAsset_;
     return Done();
 }
 
@@ -404,9 +409,13 @@ bool JsonReader::end_array()
     return Done();
 }
 
-bool JsonReader::parse_error(std::size_t /*position*/, const std::string& /*lastToken*/,
+bool JsonReader::parse_error(std::size_t /*position*/, const std::string& lastToken,
                              const nlohmann::json::exception& error)
 {
+    // The parser gives up on a number that no double holds; what it is given for says more. Only
+    // the value of an unknown key passes, and then the parser's words have to do.
+    if (error.id == NUMBER_OVERFLOW && !number_float(0, lastToken))
+        return false;
     std::string reason = SyntaxReason(error.what());
     // An unexpected token is shown where it begins, a malformed one where it breaks.
     if (reason.find("unexpected ") != std::string::npos)
@@ -459,7 +468,7 @@ bool JsonReader::CheckRoot()
          "the JSON object is no tree: it has none of the keys \"label\", \"name\", \"value\", "
          "\"size\" "
          "and \"children\"");
-    error_->otherJson = true;
+    error_->isGltf = hasAsset_;
     return false;
 }
 
@@ -479,6 +488,9 @@ std::optional<TreeFileError> JsonReader::Finish()
 
 std::optional<TreeFileError> JsonReader::Read()
 {
+    // The parser takes a zero byte for the end of the text and would ignore what follows.
+    if (const std::size_t zero = text_.find('\0'); zero != std::string_view::npos)
+        return MakeError(text_, zero, "holds a zero byte");
     try {
         const TrackedPointer begin(text_.data(), &seen_);
         const TrackedPointer end(text_.data() + text_.size(), &seen_);

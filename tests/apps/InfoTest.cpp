@@ -173,7 +173,38 @@ TEST(Info, StopsWithinASecondOfCtrlCWhileReading)
     EXPECT_EQ(run.output, "");
 }
 
+TEST(Info, ReadsAModelByItsContentWhateverItsName)
+{
+    const ScratchFolder folder;
+    const std::string step = ReadFile(EXAMPLE);
+    for (const char* const name : {"model.json", "model.csv", "model.txt", "model"})
+        EXPECT_EQ(Info({folder.Write(name, step)})["format"], "step") << name;
+}
+
 // ---- tree files
+
+TEST(Info, SaysWhyAJsonFileIsNoTree)
+{
+    const ScratchFolder folder;
+    for (const char* const name : {"in.json", "in.txt"}) {
+        const std::string file = folder.Write(name, "\n {\"foo\":1}");
+        const ProgramRun run = RunProgram({"info", file});
+        EXPECT_EQ(run.status, 1);
+        EXPECT_EQ(run.errors, "dataviz: " + file +
+                                  ": line 2, column 2: the JSON object is no tree: it has none of "
+                                  "the keys \"label\", \"name\", \"value\", \"size\" and "
+                                  "\"children\"\n");
+    }
+}
+
+TEST(Info, LeavesAMalformedGltfDocumentToTheReaderOfModels)
+{
+    const ScratchFolder folder;
+    const ProgramRun run =
+        RunProgram({"info", folder.Write("in.json", R"({"asset":{"version":"2.0"},"nodes":7})")});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.errors.find("line 1"), std::string::npos) << run.errors;
+}
 
 TEST(Info, CountsTheNodesOfATreeFile)
 {

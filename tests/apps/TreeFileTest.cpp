@@ -176,7 +176,10 @@ TEST(TreeFile, RefusesValuesThatAreNegativeFractionalOutOfRangeOrNoNumber)
     EXPECT_EQ(Refusal(R"({"color":-7})"), R"(1:10 the number of "color" is negative)");
     EXPECT_EQ(Refusal(R"({"value":"7"})"),
               R"(1:10 "value" must be a whole number from 0 to 9223372036854775807, not a string)");
-    EXPECT_EQ(Refusal(R"({"value":1e999})"), "1:15 number overflow parsing '1e999'");
+    EXPECT_EQ(Refusal(R"({"value":1e400})"),
+              R"(1:10 the number of "value" is above 9223372036854775807)");
+    EXPECT_EQ(Refusal(R"({"color":-1e400})"), R"(1:10 the number of "color" is negative)");
+    EXPECT_EQ(Refusal(R"({"label":1e400})"), R"(1:10 "label" must be a string, not a number)");
 }
 
 TEST(TreeFile, RefusesWrongTypesNamingTheKey)
@@ -234,14 +237,31 @@ TEST(TreeFile, RefusesTextAfterTheTree)
     EXPECT_EQ(Refusal(R"({"name":"x"} {})").substr(0, 5), "1:14 ");
 }
 
+TEST(TreeFile, RefusesTextAfterAZeroByte)
+{
+    EXPECT_EQ(Refusal(std::string("{\"label\":\"a\"}\n\0garbage", 22)), "2:1 holds a zero byte");
+    EXPECT_EQ(Refusal(std::string("{\"label\":\"a\"}\0", 14)), "1:14 holds a zero byte");
+    EXPECT_EQ(Refusal(std::string("[{\"id\":1}]\0[", 12)), "1:11 holds a zero byte");
+}
+
+TEST(TreeFile, TellsAGltfDocumentFromOtherJson)
+{
+    const auto isGltf = [](const std::string& text) {
+        TreeFile tree;
+        return ReadTreeFile(text, tree)->isGltf;
+    };
+    EXPECT_TRUE(isGltf(R"({"nodes":[],"asset":{"generator":"x","version":"2.0"}})"));
+    EXPECT_TRUE(isGltf(R"({"asset":{},"scenes":[]})")) << "a malformed one";
+    EXPECT_FALSE(isGltf(R"({"rows":[1,2]})"));
+    EXPECT_FALSE(isGltf(R"({"rows":{"asset":{"version":"2.0"}}})"));
+    EXPECT_FALSE(isGltf(R"({"value":-1})"));
+}
+
 TEST(TreeFile, RefusesOtherJsonSayingSo)
 {
-    TreeFile tree;
-    EXPECT_TRUE(ReadTreeFile(R"({"rows":[1,2]})", tree)->otherJson);
-    EXPECT_TRUE(
-        ReadTreeFile(R"({"nodes":[],"asset":{"generator":"x","version":"2.0"}})", tree)->otherJson)
-        << "a glTF document";
-    EXPECT_FALSE(ReadTreeFile(R"({"value":-1})", tree)->otherJson);
+    EXPECT_EQ(Refusal(R"({"rows":[1,2]})"),
+              "1:1 the JSON object is no tree: it has none of the keys \"label\", \"name\", "
+              "\"value\", \"size\" and \"children\"");
     EXPECT_EQ(Refusal("[1,2]"), "1:2 a record must be an object, not a number");
     EXPECT_EQ(Refusal("[]"), "1:3 the array holds no records");
 }
