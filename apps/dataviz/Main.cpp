@@ -8,9 +8,11 @@
 #include <filesystem>
 #include <string>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include "Commands.h"
+#include "FileWriting.h"
 #include "Options.h"
 #include "OutputFile.h"
 #include "Supervisor.h"
@@ -137,13 +139,30 @@ int Run(const Options& options, const std::string& target, const Work& work)
     return outcome.status;
 }
 
+/// Files that are opened later must not take the place of a standard stream that the caller has
+/// closed: what is written to that stream would end up in them. Using a closed stream fails.
+void FillClosedStandardStreams()
+{
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) < 0)
+            open("/dev/null", stream == STDOUT_FILENO ? O_RDONLY : O_WRONLY);
+    }
+}
+
+int PrintAnswer(const Answer& answer)
+{
+    std::fputs(answer.text.c_str(), answer.status == 0 ? stdout : stderr);
+    if (std::fflush(stdout) == 0)
+        return answer.status;
+    Report("-", WriteReason());
+    return INPUT_OR_OUTPUT_ERROR;
+}
+
 int RunCommandLine(int count, char** words)
 {
     const CommandLine command = ParseCommandLine(count, words);
-    if (const auto* const answer = std::get_if<Answer>(&command)) {
-        std::fputs(answer->text.c_str(), answer->status == 0 ? stdout : stderr);
-        return std::fflush(stdout) == 0 ? answer->status : INPUT_OR_OUTPUT_ERROR;
-    }
+    if (const auto* const answer = std::get_if<Answer>(&command))
+        return PrintAnswer(*answer);
     if (const auto* const render = std::get_if<RenderOptions>(&command))
         return Run(*render, render->output, RunRender);
     return Run(std::get<InfoOptions>(command), "-", RunInfo);
@@ -153,6 +172,7 @@ int RunCommandLine(int count, char** words)
 
 int main(int count, char** words)
 {
+    FillClosedStandardStreams();
     // A reader that goes away is an error to report, not a reason to leave the temporary file
     // behind.
     std::signal(SIGPIPE, SIG_IGN);
