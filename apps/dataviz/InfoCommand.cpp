@@ -9,6 +9,7 @@
 #include "FileWriting.h"
 #include "InputTree.h"
 #include "JsonWriter.h"
+#include "OneLine.h"
 #include "Picture.h"
 
 #include "KUV3D.h"
@@ -35,20 +36,10 @@ std::string Grouped(std::uint64_t value)
 std::string ForLine(std::string_view name)
 {
     constexpr std::size_t LONGEST = 200;
-    std::string text;
-    for (const char c : name) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (text.size() >= LONGEST && (byte & 0xC0U) != 0x80U)
-            return text + "...";
-        if (byte < 0x20 || byte == 0x7F) {
-            std::array<char, 8> escape{};
-            std::snprintf(escape.data(), escape.size(), "\\x%02x", static_cast<unsigned>(byte));
-            text += escape.data();
-        } else {
-            text += c;
-        }
-    }
-    return text;
+    std::size_t length = LONGEST;
+    while (length < name.size() && (static_cast<unsigned char>(name[length]) & 0xC0U) == 0x80U)
+        ++length;
+    return OneLine(name.substr(0, length)) + (length < name.size() ? "..." : "");
 }
 
 class InfoReport {
@@ -74,7 +65,8 @@ private:
     }
     std::string PathOf(std::size_t number) const
     {
-        return ForLine(tree_.Nodes()[number]->ComputeLabelUptoRoot(/*leafFirst=*/1).GetUtf8());
+        const KUVUnicodeString path = tree_.Nodes()[number]->ComputeLabelUptoRoot(/*leafFirst=*/1);
+        return ForLine({path.GetUtf8(), path.GetByteCount()});  // it may hold zero characters
     }
     const char* KindOf(const VisDataTree& node) const;
 

@@ -13,6 +13,7 @@
 
 #include "Commands.h"
 #include "FileWriting.h"
+#include "OneLine.h"
 #include "Options.h"
 #include "OutputFile.h"
 #include "Supervisor.h"
@@ -24,29 +25,19 @@ using namespace dataviz;  // NOLINT(google-build-using-namespace): the program i
 constexpr int INPUT_OR_OUTPUT_ERROR = 1;
 constexpr int SIGNAL_BASE = 128;
 
-/// Control characters, in names of files above all, must not break a line.
-std::string OnOneLine(std::string text)
-{
-    for (char& c : text) {
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
-            c = '?';
-    }
-    return text;
-}
-
 /// One line on standard error.
 void Report(const std::string& file, std::string_view text)
 {
-    std::fprintf(stderr, "%s\n", OnOneLine("dataviz: " + file + ": " + std::string(text)).c_str());
+    std::fprintf(stderr, "%s\n", OneLine("dataviz: " + file + ": " + std::string(text)).c_str());
 }
 
 /// Says how far the work is: on a terminal in one line that goes away again, elsewhere one line for
 /// each step with its time.
 class ProgressDisplay {
 public:
-    ProgressDisplay(ProgressMode mode, std::string file)
+    ProgressDisplay(ProgressMode mode, const std::string& file)
         : isTerminal_(mode == ProgressMode::WhenTerminal && isatty(STDERR_FILENO) != 0),
-          isLog_(mode == ProgressMode::Always), file_(std::move(file))
+          isLog_(mode == ProgressMode::Always), file_(OneLine(file))
     {
     }
 

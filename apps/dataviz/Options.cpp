@@ -8,6 +8,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "OneLine.h"
+
 namespace dataviz {
 
 namespace {
@@ -247,12 +249,7 @@ CLI::App* AddInfo(CLI::App& program, InfoOptions& options, RawProgress& progress
     return command;
 }
 
-Answer UsageError(std::string text)
-{
-    for (char& c : text)
-        c = c == '\n' ? ' ' : c;
-    return {2, "dataviz: " + text + "\n"};
-}
+Answer UsageError(const std::string& text) { return {2, "dataviz: " + OneLine(text) + "\n"}; }
 
 /// Help and version are thrown by the parser, as its errors are.
 Answer AnswerTo(const CLI::App& program, const CLI::ParseError& error)

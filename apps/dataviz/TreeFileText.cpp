@@ -42,33 +42,6 @@ bool TakeExponent(std::string_view& text, std::int64_t& exponent)
     return !digits.empty();
 }
 
-/// The number of bytes of the character that starts at `offset`, or 0 when it is malformed.
-std::size_t CharacterLength(std::string_view text, std::size_t offset)
-{
-    const auto byte = [&](std::size_t i) {
-        return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
-    };
-    const auto isTail = [&](std::size_t i) { return (byte(i) & 0xC0U) == 0x80U; };
-    const unsigned first = byte(offset);
-    if (first < 0x80)
-        return 1;
-    if (first >= 0xC2 && first <= 0xDF)
-        return isTail(offset + 1) ? 2 : 0;
-    const unsigned second = byte(offset + 1);
-    if (first >= 0xE0 && first <= 0xEF) {
-        // No overlong forms, no surrogates.
-        const bool isSecond = isTail(offset + 1) && (first != 0xE0 || second >= 0xA0) &&
-                              (first != 0xED || second <= 0x9F);
-        return isSecond && isTail(offset + 2) ? 3 : 0;
-    }
-    if (first >= 0xF0 && first <= 0xF4) {
-        const bool isSecond = isTail(offset + 1) && (first != 0xF0 || second >= 0x90) &&
-                              (first != 0xF4 || second <= 0x8F);
-        return isSecond && isTail(offset + 2) && isTail(offset + 3) ? 4 : 0;
-    }
-    return 0;
-}
-
 ParsedValue Compose(std::string digits, std::int64_t scale)
 {
     while (!digits.empty() && digits.back() == '0') {
@@ -119,6 +92,32 @@ ParsedValue ParseValue(std::string_view text)
     if (negative && digits.find_first_not_of('0') != std::string::npos)
         return {0, "is negative"};
     return Compose(std::move(digits), exponent - static_cast<std::int64_t>(fraction.size()));
+}
+
+std::size_t CharacterLength(std::string_view text, std::size_t offset)
+{
+    const auto byte = [&](std::size_t i) {
+        return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
+    };
+    const auto isTail = [&](std::size_t i) { return (byte(i) & 0xC0U) == 0x80U; };
+    const unsigned first = byte(offset);
+    if (first < 0x80)
+        return 1;
+    if (first >= 0xC2 && first <= 0xDF)
+        return isTail(offset + 1) ? 2 : 0;
+    const unsigned second = byte(offset + 1);
+    if (first >= 0xE0 && first <= 0xEF) {
+        // No overlong forms, no surrogates.
+        const bool isSecond = isTail(offset + 1) && (first != 0xE0 || second >= 0xA0) &&
+                              (first != 0xED || second <= 0x9F);
+        return isSecond && isTail(offset + 2) ? 3 : 0;
+    }
+    if (first >= 0xF0 && first <= 0xF4) {
+        const bool isSecond = isTail(offset + 1) && (first != 0xF0 || second >= 0x90) &&
+                              (first != 0xF4 || second <= 0x8F);
+        return isSecond && isTail(offset + 2) && isTail(offset + 3) ? 4 : 0;
+    }
+    return 0;
 }
 
 std::size_t FindInvalidUtf8(std::string_view text)

@@ -18,6 +18,9 @@ struct ParsedValue {
 /// "12", "12.0" and "1.2e1" are the same value; fractions, signs and anything above 2^63-1 are not.
 ParsedValue ParseValue(std::string_view text);
 
+/// The number of bytes of the UTF-8 character that starts at `offset`, or 0 when it is malformed.
+std::size_t CharacterLength(std::string_view text, std::size_t offset);
+
 /// The offset of the first byte that is not part of valid UTF-8, or the size of the text.
 std::size_t FindInvalidUtf8(std::string_view text);
 

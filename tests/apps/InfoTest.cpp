@@ -233,6 +233,17 @@ TEST(Info, ListsTheHeaviestNodesWithShareAndPath)
                     "              4   40.0 %  b/root\n");
 }
 
+TEST(Info, ShowsControlCharactersInNamesAsEscapes)
+{
+    const std::string tree =
+        R"({"label":"root","children":[{"label":"n\u0000ul \u009b31m \u007f","value":5}]})";
+    const std::string path = "n\\x00ul \\x9b31m \\x7f/root";
+    const ProgramRun run = RunProgram({"info", "-"}, tree);
+    EXPECT_NE(run.output.find("  " + path + "\n"), std::string::npos) << run.output;
+    EXPECT_EQ(RunProgram({"info", "-", "--max-triangles", "4"}, tree).errors,
+              "dataviz: -: 5 triangles, more than 4; the heaviest nodes: " + path + " (5)\n");
+}
+
 TEST(Info, ListsNoNodesWhenNoneAreWanted)
 {
     const ProgramRun run = RunProgram({"info", "-", "--top", "0"}, TREE);

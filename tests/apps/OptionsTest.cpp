@@ -175,6 +175,12 @@ TEST(Options, GiveInfoItsDefaultsAndOptions)
     EXPECT_NE(UsageError({"info", "in", "--max-triangles", "many"}), "accepted");
 }
 
+TEST(Options, ShowControlCharactersInUsageErrorsAsEscapes)
+{
+    const std::string text = UsageError({"info", "in", "a\x1b[31m\nb\u009b"});
+    EXPECT_NE(text.find("a\\x1b[31m\\x0ab\\x9b"), std::string::npos) << text;
+}
+
 TEST(Options, AnswerHelpAndVersionWithStatusZero)
 {
     for (const std::vector<const char*>& words : std::vector<std::vector<const char*>>{
