@@ -63,7 +63,8 @@ public:
         while (VisDataTree* const node = walk.Next()) {
             VisTreeSpaceFillingLayoutCache* const cache = VisCacheAccess::LayoutCacheOf(node);
             if (!cache || node->IsMerged() != 0) {
-                ResetViewsBelow(cache);
+                if (cache)
+                    ResetViewsBelow(*node, *cache);
                 walk.SkipChildren();
                 continue;
             }
