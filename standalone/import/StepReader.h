@@ -9,8 +9,8 @@ namespace kuvimport {
 
 /// Fills `model` up to the tessellation. Answers the reason in one line when nothing could be read.
 ///
-/// Files that the structure refers to are read from below the file's own folder; those that are
-/// missing become a warning and a part without faces.
+/// Files that the structure refers to are looked up from the file's own folder, but nothing keeps
+/// such a reference inside it; those that are missing become a warning and a part without faces.
 std::string ReadStep(const std::string& path, const ImportOptions& options, ImportMonitor* monitor,
                      ImportedModel& model);
 
