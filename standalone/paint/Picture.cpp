@@ -64,11 +64,11 @@ std::string PaintPng(const KUV2DBagRep& scene, const PictureOptions& options, La
 }
 
 std::string PaintSvg(const KUV2DBagRep& scene, const PictureOptions& options, LabelFonts& fonts,
-                     std::string& bytes)
+                     SvgSink::Form form, std::string& bytes)
 {
     SvgContents contents;
     WalkPicture(scene, options.width, options.height, options.lineWidth, contents);
-    SvgSink sink(bytes, options, fonts, contents);
+    SvgSink sink(bytes, options, fonts, contents, form);
     WalkPicture(scene, options.width, options.height, options.lineWidth, sink);
     sink.Finish();
     return {};
@@ -125,7 +125,10 @@ std::string PaintPicture(const KUV2DBagRep& scene, const PictureOptions& options
             problem = PaintPng(scene, options, fonts, bytes);
             break;
         case PictureFormat::Svg:
-            problem = PaintSvg(scene, options, fonts, bytes);
+            problem = PaintSvg(scene, options, fonts, SvgSink::Form::File, bytes);
+            break;
+        case PictureFormat::SvgElement:
+            problem = PaintSvg(scene, options, fonts, SvgSink::Form::Element, bytes);
             break;
         case PictureFormat::Pdf:
             problem = PaintPdf(scene, options, fonts, bytes);

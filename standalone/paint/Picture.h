@@ -3,12 +3,14 @@
 
 #include "KUV2D.h"
 
+#include <functional>
 #include <string>
 
 namespace paint {
 
-/// File formats of a picture.
-enum class PictureFormat { Png, Svg, Pdf };
+/// File formats of a picture. `SvgElement` is the same as `Svg`, to stand within an HTML page: the
+/// element alone, without declaration and namespaces.
+enum class PictureFormat { Png, Svg, Pdf, SvgElement };
 
 /// What a picture shows and how.
 struct PictureOptions {
@@ -23,6 +25,10 @@ struct PictureOptions {
     KUVColor background{255, 255, 255, 255};
     /// UTF-8. Goes into the SVG's and the PDF's own title; empty for none.
     std::string title;
+    /// `SvgElement` only, may be null: what a bag's group starts with instead of a bare `<g>`. A
+    /// group that has such a start is written even when nothing else is in it; an empty text is the
+    /// bare start.
+    std::function<std::string(const KUV2DBagRep&)> groupStart;
 };
 
 /// The largest side of a PNG in pixels: image libraries stop there, and so do screens.

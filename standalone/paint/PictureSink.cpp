@@ -78,7 +78,7 @@ private:
             return;
         const list<KUVRep>* const children = bag.GetChildren();
         stack_.push_back({&bag, children, 0, TextClip(children)});
-        sink_.BeginBag();
+        sink_.BeginBag(bag);
     }
 
     void Leave()

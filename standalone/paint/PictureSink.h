@@ -59,7 +59,7 @@ public:
     virtual ~PictureSink() = default;
 
     /// A bag's pieces stand between these two. The outermost bag has them too.
-    virtual void BeginBag() {}
+    virtual void BeginBag(const KUV2DBagRep&) {}
     virtual void EndBag() {}
     /// Fills `box`, which is not empty and lies within the picture.
     virtual void FillBox(const PixelBox& box, KUVColor color) = 0;

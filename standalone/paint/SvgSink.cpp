@@ -78,18 +78,19 @@ SvgContents::Entry& SvgContents::Find(const PlacedImage& image)
 // ---- the file
 
 SvgSink::SvgSink(std::string& file, const PictureOptions& options, LabelFonts& fonts,
-                 SvgContents& contents)
-    : file_(file), fonts_(fonts), contents_(contents)
+                 SvgContents& contents, Form form)
+    : file_(file), fonts_(fonts), contents_(contents), form_(form), options_(options)
 {
     const std::string width = std::to_string(options.width);
     const std::string height = std::to_string(options.height);
     QString family = fonts.GetResolvedFamily();
     family.remove(u'"').remove(u'\\').remove(u'\'').remove(u'<').remove(u'&');
-    file_ += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-             "<svg xmlns=\"http://www.w3.org/2000/svg\""
-             " xmlns:xlink=\"http://www.w3.org/1999/xlink\" width=\"" +
-             width + "\" height=\"" + height + "\" viewBox=\"0 0 " + width + ' ' + height +
-             "\" xml:space=\"preserve\" data-lines=\"" + Lines() + "\">\n";
+    file_ += form == Form::Element ? "<svg"
+                                   : "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                                     "<svg xmlns=\"http://www.w3.org/2000/svg\""
+                                     " xmlns:xlink=\"http://www.w3.org/1999/xlink\"";
+    file_ += " width=\"" + width + "\" height=\"" + height + "\" viewBox=\"0 0 " + width + ' ' +
+             height + "\" xml:space=\"preserve\" data-lines=\"" + Lines() + "\">\n";
     if (!options.title.empty())
         file_ +=
             "<title>" + Escaped(ShownText(KUVUnicodeString(options.title.c_str()))) + "</title>\n";
@@ -114,19 +115,23 @@ std::string SvgSink::Lines()
     return lines;
 }
 
-void SvgSink::Finish()
-{
-    wantedGroups_ = 0;
-    OpenGroups();
-    file_ += "</svg>\n";
-}
+void SvgSink::Finish() { file_ += "</svg>\n"; }
 
-void SvgSink::BeginBag() { ++wantedGroups_; }
+void SvgSink::BeginBag(const KUV2DBagRep& bag)
+{
+    std::string start;
+    if (form_ == Form::Element && options_.groupStart)
+        start = options_.groupStart(bag);
+    const bool isBare = start.empty();
+    starts_.push_back(isBare ? "<g>" : std::move(start));
+    if (!isBare)
+        OpenGroups();
+}
 
 void SvgSink::EndBag()
 {
-    --wantedGroups_;
-    if (openGroups_ > wantedGroups_) {
+    starts_.pop_back();
+    if (openGroups_ > static_cast<int>(starts_.size())) {
         file_ += "</g>\n";
         --openGroups_;
     }
@@ -135,8 +140,9 @@ void SvgSink::EndBag()
 /// Bags without pieces leave no trace: a group is opened by the first piece in it.
 void SvgSink::OpenGroups()
 {
-    for (; openGroups_ < std::min(wantedGroups_, MOST_GROUPS); ++openGroups_)
-        file_ += "<g>\n";
+    const int wanted = std::min(static_cast<int>(starts_.size()), MOST_GROUPS);
+    for (; openGroups_ < wanted; ++openGroups_)
+        file_ += starts_[static_cast<std::size_t>(openGroups_)] + '\n';
 }
 
 void SvgSink::WriteNumber(const char* name, double number)

@@ -57,14 +57,17 @@ private:
 /// above and below the baseline, in pixels.
 class SvgSink : public PictureSink {
 public:
+    /// A file of its own, or an element within an HTML page, whose groups may have starts.
+    enum class Form { File, Element };
+
     /// Appends to `file`. All arguments must outlive the sink.
     SvgSink(std::string& file, const PictureOptions& options, LabelFonts& fonts,
-            SvgContents& contents);
+            SvgContents& contents, Form form = Form::File);
 
     /// Ends the file.
     void Finish();
 
-    void BeginBag() override;
+    void BeginBag(const KUV2DBagRep& bag) override;
     void EndBag() override;
     void FillBox(const PixelBox& box, KUVColor color) override;
     void OutlineBox(const PixelBox& box, int width, KUVColor color) override;
@@ -84,8 +87,10 @@ private:
     std::string& file_;
     LabelFonts& fonts_;
     SvgContents& contents_;
+    Form form_;
+    const PictureOptions& options_;
     int openGroups_ = 0;
-    int wantedGroups_ = 0;
+    std::vector<std::string> starts_;  // of the bags that are begun, the outermost first
     int lastImageId_ = 0;
     int lastClipId_ = 0;
     PixelBox lastClip_;

@@ -138,6 +138,46 @@ TEST(SvgSink, EveryBagWithPiecesIsAGroup)
     EXPECT_EQ(rects[2].depth, 4);
 }
 
+TEST(SvgSink, AnElementForAPageIsTheFileWithoutDeclarationAndNamespaces)
+{
+    Bag scene;
+    scene.Child().Box(0, 0, 1, 1, RED);
+    const std::string file = PaintSvg(scene, 2, 1);
+    std::string element;
+    paint::PictureOptions options;
+    options.width = 2;
+    options.height = 1;
+    ASSERT_EQ(paint::PaintPicture(scene.Rep(), options, paint::PictureFormat::SvgElement, element),
+              "");
+    EXPECT_EQ(element.rfind("<svg width=\"2\"", 0), 0U) << element;
+    EXPECT_EQ(element.substr(element.find(" width")), file.substr(file.find(" width")));
+}
+
+TEST(SvgSink, AnElementsGroupsStartAsTheCallerSays)
+{
+    Bag scene;
+    Bag first = scene.Child();
+    first.Box(0, 0, 1, 1, RED);
+    const Bag empty = scene.Child();
+    scene.Child();
+    paint::PictureOptions options;
+    options.width = 2;
+    options.height = 1;
+    options.groupStart = [&](const KUV2DBagRep& bag) {
+        return &bag == &first.Rep()   ? std::string("<g id=\"first\">")
+               : &bag == &empty.Rep() ? std::string("<g id=\"empty\">")
+                                      : std::string();
+    };
+    std::string svg;
+    ASSERT_EQ(paint::PaintPicture(scene.Rep(), options, paint::PictureFormat::SvgElement, svg), "");
+    const auto groups = Named(Parse(svg), "g");
+    ASSERT_EQ(groups.size(), 3U) << "an empty bag without a start of its own leaves no group";
+    EXPECT_EQ(groups[0]["id"], QString());
+    EXPECT_EQ(groups[1]["id"], QStringLiteral("first"));
+    EXPECT_EQ(groups[2]["id"], QStringLiteral("empty")) << "written although nothing is in it";
+    EXPECT_EQ(groups[2].depth, groups[1].depth);
+}
+
 TEST(SvgSink, DeepBagsDoNotNestWithoutEnd)
 {
     Bag scene;
