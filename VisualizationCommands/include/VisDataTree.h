@@ -13,6 +13,8 @@
 
 #include <vector>
 
+enum class VisChildOrder : unsigned char;
+
 /// Which value a label shows behind its text.
 enum VisDataTree_ApplyValueTo : int {
     VisDataTree_ApplyValueToNone = 0,
@@ -62,8 +64,8 @@ public:
     const VisDataTree* GetParent() const { return parent_; }
     VisDataTree* GetParent() { return parent_; }
     /// The children in order. Whoever changes the vector directly also keeps the parents'
-    /// references, the children's parent links and the remembered counts right; a null entry is
-    /// skipped by every walk.
+    /// references, the children's parent links and the remembered counts right, and draws before
+    /// the next hit test; a null entry is skipped by every walk.
     const std::vector<VisDataTree*>& GetChildren() const { return children_; }
     std::vector<VisDataTree*>& GetChildren() { return children_; }
     VisDataTreeCache* GetCache() const { return cache_; }
@@ -253,6 +255,8 @@ private:
     unsigned char hiddenBelow_ = 0;
     // A layout linked the cache to its present node, which tells it when it dies; never copied.
     unsigned char linkedByLayout_ = 0;
+    // In which order a layout placed the children, for the hit test; never copied.
+    VisChildOrder childOrder_{};
     long long colorValue_ = 0;
     long long sizeValue_ = 0;
     unsigned char resizeWithValue_ = 0;

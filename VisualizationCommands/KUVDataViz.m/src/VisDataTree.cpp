@@ -407,6 +407,7 @@ void VisDataTree::ResetCache()
         if (VisDataTreeCache* const cache = node->cache_) {
             anyCache = true;
             cache->hiddenBelow_ = 0;
+            cache->childOrder_ = {};
             cache->InternalResetCache();
         }
     }
@@ -435,6 +436,7 @@ void VisDataTree::InsertChild(VisDataTree* child, unsigned char resetCaches)
     if (!quietStamps.IsQuiet(quietStamp_))
         quietStamps.Expire();
     ClearHiddenFrom(cache_);
+    VisCacheAccess::ForgetChildOrder(this);
 }
 
 void VisDataTree::RemoveParent(unsigned char release)
@@ -465,6 +467,8 @@ void VisDataTree::SetCache(VisDataTreeCache* cache)
     if (cache_) {
         quietStamps.Expire();
         ClearHiddenFrom(parent_ ? parent_->cache_ : nullptr);
+        VisCacheAccess::ForgetChildOrder(parent_);
+        VisCacheAccess::ForgetChildOrder(this);
     }
     // Kept in this order: the former cache answers by clearing cache_ again, so replacing a cache
     // without detaching it first leaves the node with none.
@@ -636,6 +640,7 @@ Cache& Cache::operator=(VisDataTreeCache& other)
     VisTreeEpoch::Advance();
     // The flags copied here may show a node that those above count as hidden.
     ClearHiddenFrom(GetCacheOfParent());
+    VisCacheAccess::ForgetChildOrder(node_ ? node_->parent_ : nullptr);
     if (node_ != other.node_)
         ForgetNode();
     expanded_ = other.expanded_;
@@ -673,6 +678,7 @@ void Cache::ResetCache()
 {
     for (VisDataTreeCache* cache = this; cache; cache = cache->GetCacheOfParent()) {
         cache->hiddenBelow_ = 0;
+        cache->childOrder_ = {};
         cache->InternalResetCache();
     }
 }

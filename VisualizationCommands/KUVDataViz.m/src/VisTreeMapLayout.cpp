@@ -402,6 +402,7 @@ public:
             Opened& parent = open_.back();
             const std::vector<VisDataTree*>& children = parent.node->GetChildren();
             if (parent.next == children.size()) {
+                parent.order.Note(*parent.cache);
                 maker_.Draw(*parent.node, *parent.cache, parent.childDepth - 1);
                 open_.pop_back();
                 continue;
@@ -412,12 +413,14 @@ public:
                 // A child without cache leaves its strip empty.
                 const Rectangle strip = parent.cursor.NextEqual();
                 if (cache)
-                    Visit(*cache, child, parent, strip);
+                    Place(*cache, child, parent, strip);
             } else if (cache) {
                 const KUVMathPoint2Df minimum = cache->ComputeMinimumExpandedSize(parent.childMode);
                 const Rectangle strip = parent.cursor.NextProportional(minimum);
-                Visit(*cache, child, parent, strip);
+                Place(*cache, child, parent, strip);
             }
+            if (!cache && VisCacheAccess::LayoutCacheOf(child))
+                parent.order.Break();
         }
     }
 
@@ -428,7 +431,7 @@ private:
                const Rectangle& rectangle, float sum, int depth)
             : node(&opened), cache(&ownCache),
               cursor(AxisOf(mode), rectangle, opened.GetChildren().size(), sum),
-              childMode(InverseOf(mode)), childDepth(depth + 1)
+              order(AxisOf(mode)), childMode(InverseOf(mode)), childDepth(depth + 1)
         {
         }
 
@@ -436,6 +439,7 @@ private:
         TreeMapCache* cache;
         std::size_t next = 0;
         StripCursor cursor;
+        VisChildOrderCheck order;
         VisTreeMap_SliceDice childMode;
         int childDepth;
     };
@@ -446,8 +450,9 @@ private:
             Visit(*cache, root, mode, rectangle, depth);
     }
 
-    void Visit(TreeMapCache& cache, VisDataTree* node, const Opened& parent, const Rectangle& strip)
+    void Place(TreeMapCache& cache, VisDataTree* node, Opened& parent, const Rectangle& strip)
     {
+        parent.order.Add(*parent.node, *node, cache, strip.position, strip.size);
         Visit(cache, node, parent.childMode, strip, parent.childDepth);
     }
 
@@ -463,6 +468,7 @@ private:
             maker_.HideBelow(*node, cache);
         VisCacheAccess::SetPosition(cache, rectangle.position);
         VisCacheAccess::SetSize(cache, rectangle.size);
+        VisCacheAccess::ChildOrder(cache) = VisChildOrder::Unknown;
         if (isExpanded && !children.empty())
             open_.emplace_back(*node, cache, mode, rectangle, sum, depth);
         else
@@ -601,8 +607,10 @@ void VisTreeMapLayout::LayoutChildrenInGrid(const KUVMathPoint2Df& origin,
 void VisTreeMapLayout::FillGrid(VisDataTree& root, const Picture& picture, int depth)
 {
     const std::vector<VisDataTree*>& children = root.GetChildren();
+    TreeMapCache& rootCache = *TreeMapCacheOf(&root);
     const TreeMapGeometry::Grid grid =
-        TreeMapGeometry::MakeGrid({picture.origin, TreeMapCacheOf(&root)->GetSize()});
+        TreeMapGeometry::MakeGrid({picture.origin, rootCache.GetSize()});
+    VisCacheAccess::ChildOrder(rootCache) = VisChildOrder::Unknown;
     std::size_t next = 0;
     KUVMathPoint2Df corner = grid.corner;
     for (int row = 0; row < grid.rows && next < children.size(); ++row) {
@@ -623,6 +631,7 @@ void VisTreeMapLayout::FillGrid(VisDataTree& root, const Picture& picture, int d
     }
     for (; next < children.size(); ++next)
         ResetViewOf(children[next]);
+    VisNoteChildOrder(root, rootCache, Axis::Y);
 }
 
 /// Marks a node as shown and sees to it that it has an empty view.

@@ -307,6 +307,8 @@ void VisTreeSpaceFillingLayout::SetCurrentRoot(VisDataTree* node, unsigned char 
         if (pushOnStack != 0)
             slots_->lastRoots.Push(former.Get());
         ResetViewOf(former.Get());
+        // It was placed on its own, wherever its siblings are.
+        VisCacheAccess::ForgetChildOrder(former.Get()->GetParent());
     }
     slots_->currentRoot.Set(root.Get());
     // What is drawn next does not hang below nodes that count as hidden.
@@ -516,6 +518,9 @@ void VisTreeSpaceFillingLayout::ResetViewsBelow(VisDataTree& top,
                 walk.SkipChildren();
             else
                 VisCacheAccess::HiddenBelow(*below) = 1;
+            // A cache that forgot its node tells nobody when it is shown again by an assignment.
+            if (below->GetNode() != node)
+                ClearHiddenFrom(node->GetParent());
         }
     } catch (const std::bad_alloc&) {
         // The nodes above the place where the walk stopped are those not hidden as a whole.

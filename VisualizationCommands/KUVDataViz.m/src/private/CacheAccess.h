@@ -16,6 +16,16 @@ enum class VisCacheKind : unsigned char {
     Icicle = 4
 };
 
+/// Whether, and along which axis, the bounds of a node's children are known to rise or to fall from
+/// each child to the next.
+enum class VisChildOrder : unsigned char {
+    Unknown = 0,
+    RisesAlongX,
+    FallsAlongX,
+    RisesAlongY,
+    FallsAlongY
+};
+
 struct VisCacheAccess {
     static VisCacheKind Kind(const VisDataTree::VisDataTreeCache& cache)
     {
@@ -26,9 +36,12 @@ struct VisCacheAccess {
         cache.kind_ = static_cast<unsigned char>(kind);
     }
 
+    /// An expanded node counts no longer as one below which everything is hidden.
     static void SetExpanded(VisDataTree::VisDataTreeCache& cache, unsigned char expanded)
     {
         cache.expanded_ = expanded;
+        if (expanded != 0)
+            cache.hiddenBelow_ = 0;
     }
     static void SetDiscarded(VisDataTree::VisDataTreeCache& cache, unsigned char discarded)
     {
@@ -39,6 +52,18 @@ struct VisCacheAccess {
     static unsigned char& HiddenBelow(VisDataTree::VisDataTreeCache& cache)
     {
         return cache.hiddenBelow_;
+    }
+
+    /// How the children's rectangles follow each other; see `VisChildOrderCheck`.
+    static VisChildOrder& ChildOrder(VisDataTree::VisDataTreeCache& cache)
+    {
+        return cache.childOrder_;
+    }
+    /// The children of `node`, which may be null, may stand anywhere.
+    static void ForgetChildOrder(const VisDataTree* node)
+    {
+        if (VisDataTree::VisDataTreeCache* const cache = node ? node->GetCache() : nullptr)
+            cache->childOrder_ = VisChildOrder::Unknown;
     }
 
     /// The cache of `node` when there is one and it is a layout's; else null.

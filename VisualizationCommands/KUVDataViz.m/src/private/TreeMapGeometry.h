@@ -2,6 +2,7 @@
 #define TreeMapGeometry_h
 
 #include "VisTreeMapLayout.h"
+#include "private/ChildOrder.h"
 
 #include "KUVStringsMath.h"
 
@@ -23,7 +24,7 @@ constexpr float FRAMES = 2.0f * FRAME;
 constexpr float HEADER = LABEL_BAND + FRAME;
 
 /// Along which axis the children of a node follow each other.
-enum class Axis { X, Y };
+using Axis = VisAxis;
 
 inline Axis AxisOf(VisTreeMap_SliceDice mode)
 {
@@ -39,10 +40,7 @@ inline VisTreeMap_SliceDice InverseOf(VisTreeMap_SliceDice mode)
 /// What all gaps between `count` neighbours take.
 inline float GapsBetween(std::size_t count) { return GAP * static_cast<float>(count) - GAP; }
 
-inline float Along(Axis axis, const KUVMathPoint2Df& size)
-{
-    return axis == Axis::X ? size.x : size.y;
-}
+inline float Along(Axis axis, const KUVMathPoint2Df& size) { return VisAlong(axis, size); }
 
 /// The minimum sizes of a node's children, added up along one axis.
 class ChildSizes {

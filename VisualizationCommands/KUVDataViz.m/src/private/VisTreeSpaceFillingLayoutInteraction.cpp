@@ -2,6 +2,7 @@
 #include "VisTreeSpaceFillingLayout.h"
 #include "VisTreeSpaceFillingLayoutCache.h"
 #include "private/CacheAccess.h"
+#include "private/ChildOrder.h"
 #include "private/GuardedNode.h"
 #include "private/Reference.h"
 
@@ -45,23 +46,113 @@ const KUVMouseDevice* MouseOf(const KUVDeviceEvent& event)
                                                    : nullptr;
 }
 
-bool IsDiscarded(const VisDataTree* node)
-{
-    const VisTreeSpaceFillingLayoutCache* const cache = VisCacheAccess::LayoutCacheOf(node);
-    return !cache || cache->IsDiscarded() != 0;
-}
+using LayoutCache = VisTreeSpaceFillingLayoutCache;
 
-/// Whether the search goes into the node.
-bool Holds(const VisDataTree* node, float x, float y, bool discardedToo)
-{
-    const VisTreeSpaceFillingLayoutCache* const cache = VisCacheAccess::LayoutCacheOf(node);
-    if (!cache || (cache->IsDiscarded() != 0 && !discardedToo))
-        return false;
-    const KUVMathPoint2Df& position = cache->GetPos();
-    const KUVMathPoint2Df& size = cache->GetSize();
-    return position.x <= x && x <= position.x + size.x && position.y <= y &&
-           y <= position.y + size.y;
-}
+/// Whether `at` lies between two bounds, both included. Not-a-number lies nowhere.
+bool IsWithin(float at, float lower, float extent) { return lower <= at && at <= lower + extent; }
+
+/// A hit test: where, and whether discarded nodes are searched through.
+struct Target {
+    float x;
+    float y;
+    bool discardedToo;
+
+    /// Whether the search goes into the node with this cache, or null.
+    bool IsIn(const LayoutCache* cache) const
+    {
+        return cache && (cache->IsDiscarded() == 0 || discardedToo) &&
+               IsWithin(x, cache->GetPos().x, cache->GetSize().x) &&
+               IsWithin(y, cache->GetPos().y, cache->GetSize().y);
+    }
+};
+
+/// Gives those children of a node into which a hit test goes, in child order.
+///
+/// Where both bounds along an axis follow the child order, the children that hold a coordinate
+/// stand side by side: the first is found by bisection, and behind the last the search ends.
+class ChildSearch {
+public:
+    ChildSearch(VisDataTree* node, const Target& target)
+        : node_(node), end_(node->GetChildren().size())
+    {
+        LayoutCache& cache = *VisCacheAccess::LayoutCacheOf(node);
+        order_ = VisCacheAccess::ChildOrder(cache);
+        // A discarded node is never hit, wherever it lies.
+        if (VisCacheAccess::HiddenBelow(cache) != 0)
+            next_ = end_;
+        else if (order_ != VisChildOrder::Unknown)
+            next_ = FirstNotBefore(target);
+    }
+
+    VisDataTree* GetNode() const { return node_; }
+
+    /// The next child that holds the target, or null.
+    VisDataTree* Next(const Target& target)
+    {
+        const std::vector<VisDataTree*>& children = node_->GetChildren();
+        while (next_ < end_) {
+            VisDataTree* const child = children[next_++];
+            const LayoutCache* const cache = VisCacheAccess::LayoutCacheOf(child);
+            if (target.IsIn(cache))
+                return child;
+            if (cache && Compare(*cache, target) > 0)
+                next_ = end_;
+        }
+        return nullptr;
+    }
+
+private:
+    /// Below 0: the child and all before it do not reach the target; above 0: the child and all
+    /// behind it do not.
+    int Compare(const LayoutCache& cache, const Target& target) const
+    {
+        switch (order_) {
+        case VisChildOrder::RisesAlongX:
+            return Side(target.x, cache.GetPos().x, cache.GetSize().x);
+        case VisChildOrder::FallsAlongX:
+            return -Side(target.x, cache.GetPos().x, cache.GetSize().x);
+        case VisChildOrder::RisesAlongY:
+            return Side(target.y, cache.GetPos().y, cache.GetSize().y);
+        case VisChildOrder::FallsAlongY:
+            return -Side(target.y, cache.GetPos().y, cache.GetSize().y);
+        case VisChildOrder::Unknown:
+            break;
+        }
+        return 0;
+    }
+
+    static int Side(float at, float lower, float extent)
+    {
+        if (lower + extent < at)
+            return -1;
+        return at < lower ? 1 : 0;
+    }
+
+    /// The first child that may hold the target. Children without cache are passed over.
+    std::size_t FirstNotBefore(const Target& target) const
+    {
+        const std::vector<VisDataTree*>& children = node_->GetChildren();
+        std::size_t low = 0;
+        std::size_t high = end_;
+        while (low < high) {
+            const std::size_t middle = low + (high - low) / 2;
+            std::size_t probe = middle;
+            const LayoutCache* cache = VisCacheAccess::LayoutCacheOf(children[probe]);
+            while (!cache && ++probe < high)
+                cache = VisCacheAccess::LayoutCacheOf(children[probe]);
+            if (cache && Compare(*cache, target) < 0)
+                low = probe + 1;
+            else
+                high = middle;
+        }
+        return low;
+    }
+
+    VisDataTree* node_;
+    std::size_t next_ = 0;
+    std::size_t end_;
+    VisChildOrder order_;
+};
 
 /// The child of `ancestor` on the way down to `node`, or null.
 VisDataTree* ChildTowards(const VisDataTree* ancestor, VisDataTree* node)
@@ -77,30 +168,29 @@ VisDataTree* ChildTowards(const VisDataTree* ancestor, VisDataTree* node)
 
 VisDataTree* VisTreeSpaceFillingLayout::FindNodeAtPosition(float x, float y)
 {
-    struct Level {
-        VisDataTree* node;
-        std::size_t next;
-    };
-    const bool discardedToo = discardedVisibility_ != 0;
+    const Target target{x, y, discardedVisibility_ != 0};
     VisDataTree* const root = GetCurrentRoot();
-    if (!Holds(root, x, y, discardedToo))
+    if (!target.IsIn(VisCacheAccess::LayoutCacheOf(root)))
         return nullptr;
-    std::vector<Level> levels{{root, 0}};
-    while (!levels.empty()) {
-        Level& level = levels.back();
-        const auto& children = level.node->GetChildren();
-        if (level.next < children.size()) {
-            VisDataTree* const child = children[level.next++];
-            if (Holds(child, x, y, discardedToo))
-                levels.push_back({child, 0});
+    // The search comes back only out of discarded nodes: any other is hit if nothing below it is.
+    std::vector<ChildSearch> outer;
+    ChildSearch search(root, target);
+    for (;;) {
+        if (VisDataTree* const child = search.Next(target)) {
+            if (child->GetCache()->IsDiscarded() != 0)
+                outer.push_back(search);
+            else
+                outer.clear();
+            search = ChildSearch(child, target);
             continue;
         }
-        // None of the children was hit.
-        if (!IsDiscarded(level.node))
-            return level.node;
-        levels.pop_back();
+        if (search.GetNode()->GetCache()->IsDiscarded() == 0)
+            return search.GetNode();
+        if (outer.empty())
+            return nullptr;
+        search = outer.back();
+        outer.pop_back();
     }
-    return nullptr;
 }
 
 VisDataTree* VisTreeSpaceFillingLayout::FromEventToNode(float& x, float& y, KUVViewer* viewer)
