@@ -110,6 +110,11 @@ public:
     unsigned char IsBright() const;
     /// 1 when the label was shortened, or the view was built without any.
     unsigned char IsCropped() const;
+    /// 1 when the last build was not refused and nothing was cleaned since. Only then do
+    /// `GetBuiltPosition` and `GetBuiltSize` mean something: the rectangle of that build.
+    unsigned char IsBuilt() const { return built_; }
+    const KUVMathPoint2Df& GetBuiltPosition() const { return builtPosition_; }
+    const KUVMathPoint2Df& GetBuiltSize() const { return builtSize_; }
     /// 0 without a bag; else 1 after `InitWithoutTexture`; else what the bag says.
     unsigned char IsVisible() const;
 
@@ -156,6 +161,9 @@ private:
     VisTreeSpaceFillingLayoutCachedTextures* cachedTextures_ = nullptr;
     HighlightMode highlightMode_ = HighlightMode_Contour;
     unsigned char forcedVisible_ = 0;
+    unsigned char built_ = 0;
+    KUVMathPoint2Df builtPosition_;
+    KUVMathPoint2Df builtSize_;
 };
 
 #endif

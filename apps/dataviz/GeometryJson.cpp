@@ -61,7 +61,7 @@ std::string_view PartOfImage(const KUV2DImagePixelRep& image, const KUVMathPoint
     return row != nullptr && row[4 * (width / 2)] == HOVER_RED ? "hover" : "selected";
 }
 
-ShownView ReadView(const VisTreeSpaceFillingView& view, const KUVMathPoint2Df& corner)
+ShownView ReadView(const VisTreeSpaceFillingView& view)
 {
     ShownView shown;
     const KUV2DBagRep* const bag = view.GetBagRep();
@@ -73,7 +73,7 @@ ShownView ReadView(const VisTreeSpaceFillingView& view, const KUVMathPoint2Df& c
             if (polygon->IsFilled() != 0)
                 shown.polygon = polygon;
         } else if (const auto* const image = dynamic_cast<const KUV2DImagePixelRep*>(rep)) {
-            shown.parts.push_back(PartOfImage(*image, corner));
+            shown.parts.push_back(PartOfImage(*image, view.GetBuiltPosition()));
             shown.isTexture = shown.isTexture || shown.parts.back() == "background";
         } else if (const auto* const text = dynamic_cast<const KUV2DAnnotationTextRep*>(rep)) {
             shown.parts.emplace_back("label");
@@ -101,6 +101,7 @@ private:
     void WriteView(const Cache& cache);
     void WriteShown(const ShownView& shown);
     void WriteLog();
+    void WriteNotification(const player::HeardNotification& heard);
 
     void KeyPair(std::string_view key, const KUVMathPoint2Df& value)
     {
@@ -129,15 +130,12 @@ private:
         json_.Key(key);
         Reference(node);
     }
-    const VisDataTree* HighlightedNode() const;
     void KeyParent(const VisDataTree& node, std::uint64_t number);
-    KUVMathPoint2Df ScaledPosition(const Cache& cache) const;
 
     const Picture& picture_;
     const VisTreeSpaceFillingLayout& layout_;
     const RenderOptions& options_;
     JsonWriter json_;
-    const VisDataTree* highlighted_ = nullptr;
     std::vector<const VisDataTree*> zoomStack_;                       // the oldest root first
     std::unordered_map<const VisDataTree*, std::uint64_t> numbers_;   // of the nodes referred to
     std::vector<std::pair<const VisDataTree*, std::uint64_t>> open_;  // the way down to a node
@@ -152,30 +150,17 @@ void GeometryWriter::Reference(const VisDataTree* node)
         json_.Unsigned(found->second);
 }
 
-/// The layout does not tell, but the node's view does.
-const VisDataTree* GeometryWriter::HighlightedNode() const
-{
-    for (const VisDataTree* const node : picture_.Tree().Nodes()) {
-        const auto* const cache = static_cast<const Cache*>(node->GetCache());
-        const VisTreeSpaceFillingView* const view = cache != nullptr ? cache->GetView() : nullptr;
-        if (view != nullptr && view->GetHighlightStatus() != 0)
-            return node;
-    }
-    return nullptr;
-}
-
 /// A handful of nodes is referred to by number. Parents are not among them: the way down to a node
 /// is at hand when it is written.
 void GeometryWriter::NumberReferences()
 {
-    highlighted_ = HighlightedNode();
     for (auto stack = layout_.GetLastCurrentTreeRoots(); !stack.empty(); stack.pop())
         zoomStack_.push_back(stack.top());
     std::reverse(zoomStack_.begin(), zoomStack_.end());
     std::unordered_set<const VisDataTree*> wanted(zoomStack_.begin(), zoomStack_.end());
-    wanted.insert({highlighted_, layout_.GetCurrentRoot(), layout_.GetCurrentSelection(),
-                   layout_.GetCurrentLeafSelection()});
-    for (const HeardNotification& heard : picture_.SetUpNotifications())
+    wanted.insert({picture_.Owner().Highlighted(), layout_.GetCurrentRoot(),
+                   layout_.GetCurrentSelection(), layout_.GetCurrentLeafSelection()});
+    for (const player::HeardNotification& heard : picture_.Owner().Log().All())
         wanted.insert({heard.previous, heard.node});
     const std::vector<VisDataTree*>& nodes = picture_.Tree().Nodes();
     for (std::size_t i = 0; i < nodes.size(); ++i) {
@@ -219,7 +204,7 @@ void GeometryWriter::WriteState()
     KeyReference("currentRoot", layout_.GetCurrentRoot());
     KeyReference("selection", layout_.GetCurrentSelection());
     KeyReference("leafSelection", layout_.GetCurrentLeafSelection());
-    KeyReference("highlighted", highlighted_);
+    KeyReference("highlighted", picture_.Owner().Highlighted());
     json_.NewLine();
     json_.Key("zoomStack");
     json_.Open('[');
@@ -233,28 +218,40 @@ void GeometryWriter::WriteState()
 
 void GeometryWriter::WriteLog()
 {
+    const player::EventLog& log = picture_.Owner().Log();
     json_.Key("log");
     json_.Open('[');
-    json_.NewLine();
-    json_.Open('{');
-    json_.Key("index");
-    json_.Integer(-1);
-    KeyNull("result");
-    json_.Key("notifications");
-    json_.Open('[');
-    for (const HeardNotification& heard : picture_.SetUpNotifications()) {
+    for (std::size_t i = 0; i < log.Size(); ++i) {
+        const player::EventLog::Entry entry = log.At(i);
+        json_.NewLine();
         json_.Open('{');
-        KeyText("name", heard.name);
-        if (heard.hasPayload) {
-            KeyReference("previous", heard.previous);
-            KeyReference("node", heard.node);
-        }
+        json_.Key("index");
+        json_.Integer(static_cast<std::int64_t>(i) - 1);
+        json_.Key("result");
+        if (entry.result)
+            json_.Unsigned(*entry.result);
+        else
+            json_.Null();
+        json_.Key("notifications");
+        json_.Open('[');
+        for (const player::HeardNotification* heard = entry.begin; heard != entry.end; ++heard)
+            WriteNotification(*heard);
+        json_.Close(']');
         json_.Close('}');
     }
-    json_.Close(']');
-    json_.Close('}');
     json_.NewLine();
     json_.Close(']');
+}
+
+void GeometryWriter::WriteNotification(const player::HeardNotification& heard)
+{
+    json_.Open('{');
+    KeyText("name", player::NameOf(heard.notice));
+    if (heard.hasNodes) {
+        KeyReference("previous", heard.previous);
+        KeyReference("node", heard.node);
+    }
+    json_.Close('}');
 }
 
 void GeometryWriter::Write()
@@ -320,26 +317,17 @@ void GeometryWriter::WriteNode(std::size_t number)
     json_.Close('}');
 }
 
-/// Where the layout put the view: positions are scaled about the draw origin.
-KUVMathPoint2Df GeometryWriter::ScaledPosition(const Cache& cache) const
-{
-    const KUVMathPoint2Df& position = cache.GetPos();
-    return {(position.x - options_.originX) * options_.scale + options_.originX,
-            (position.y - options_.originY) * options_.scale + options_.originY};
-}
-
 void GeometryWriter::WriteView(const Cache& cache)
 {
     const VisTreeSpaceFillingView& view = *cache.GetView();
-    const KUVMathPoint2Df position = ScaledPosition(cache);
-    const ShownView shown = ReadView(view, position);
+    const ShownView shown = ReadView(view);
     json_.Open('{');
-    if (shown.parts.empty()) {
+    if (view.IsBuilt() != 0) {
+        KeyPair("position", view.GetBuiltPosition());
+        KeyPair("size", view.GetBuiltSize());
+    } else {
         KeyNull("position");
         KeyNull("size");
-    } else {
-        KeyPair("position", position);
-        KeyPair("size", {cache.GetSize().x * options_.scale, cache.GetSize().y * options_.scale});
     }
     KeyBool("selected", view.GetSelectionStatus() != 0);
     KeyBool("highlighted", view.GetHighlightStatus() != 0);

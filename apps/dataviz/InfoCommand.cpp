@@ -10,7 +10,7 @@
 #include "InputTree.h"
 #include "JsonWriter.h"
 #include "OneLine.h"
-#include "Picture.h"
+#include "player/LayoutOwner.h"
 
 #include "KUV3D.h"
 #include "VisDataTree.h"
@@ -297,7 +297,8 @@ void RunInfo(const InfoOptions& options, const std::string& outputFile, WorkChan
     channel.InputIsRead();
     channel.Progress("counting", -1);
     // Weights live in the caches of a layout; it never draws here.
-    const Picture picture(tree, options.model);
+    const player::LayoutOwner owner(player::LayoutKind::TreeMap, *tree.Root());
+    tree.Weigh(options.model.wholeReps);
     const InfoReport report(tree, options);
     const std::string problem = WriteFile(outputFile, [&](std::FILE* file) {
         if (options.json)

@@ -1,12 +1,10 @@
 #include "InputTree.h"
 
 #include <array>
-#include <cerrno>
 #include <chrono>
-#include <cstdio>
-#include <cstring>
 #include <filesystem>
 
+#include "InputFile.h"
 #include "TreeFile.h"
 #include "VisDataTree.h"
 #include "import/FileContent.h"
@@ -23,34 +21,6 @@ double SecondsSince(Clock::time_point start)
 {
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
-
-struct CloseFile {
-    void operator()(std::FILE* file) const
-    {
-        if (file != stdin)
-            std::fclose(file);
-    }
-};
-using FileHolder = std::unique_ptr<std::FILE, CloseFile>;
-
-/// Appends up to `most` bytes; false when reading fails.
-bool ReadInto(std::string& text, std::FILE* file, std::size_t most)
-{
-    constexpr std::size_t PIECE = std::size_t{1} << 20U;
-    while (most > 0) {
-        const std::size_t start = text.size();
-        const std::size_t wanted = std::min(most, PIECE);
-        text.resize(start + wanted);
-        const std::size_t count = std::fread(text.data() + start, 1, wanted, file);
-        text.resize(start + count);
-        most -= count;
-        if (count < wanted)
-            return std::ferror(file) == 0;
-    }
-    return true;
-}
-
-Failure CannotRead() { return {{}, std::string("cannot be read: ") + std::strerror(errno)}; }
 
 std::string LowerExtension(const std::string& path)
 {
@@ -83,14 +53,14 @@ std::optional<Failure> InputTree::Load(const std::string& path, const ModelOptio
     std::error_code error;
     if (std::filesystem::is_directory(path, error))
         return Failure{{}, "is a directory"};
-    const FileHolder file(path == "-" ? stdin : std::fopen(path.c_str(), "rbe"));
+    const FileHolder file = OpenInput(path);
     std::string text;
     if (!file || !ReadInto(text, file.get(), BEGINNING))
-        return CannotRead();
+        return Failure{{}, CannotRead()};
     if (!IsTreeFile(path, text))
         return LoadModel(path, options, channel);
     if (!ReadInto(text, file.get(), static_cast<std::size_t>(-1)))
-        return CannotRead();
+        return Failure{{}, CannotRead()};
     bool hasAsset = false;
     std::optional<Failure> failure = LoadTreeFile(text, hasAsset);
     // The reader of glTF documents knows best what is wrong with one.

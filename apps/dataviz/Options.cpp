@@ -36,6 +36,7 @@ struct RawRender {
     std::string origin = "0,0";
     std::string scale = "1";
     std::string format;
+    std::string deviceScale;
 };
 
 /// Both flags of a command about its progress.
@@ -82,6 +83,10 @@ std::string CheckNumbers(const RawRender& raw, RenderOptions& options)
         problem = "--origin: \"" + raw.origin + "\" is not X,Y";
     if (problem.empty() && !(ReadNumber(raw.scale, options.scale) && options.scale > 0))
         problem = "--scale: \"" + raw.scale + "\" is not a number above 0";
+    options.deviceScale = options.scale;
+    if (problem.empty() && !raw.deviceScale.empty() &&
+        !(ReadNumber(raw.deviceScale, options.deviceScale) && options.deviceScale > 0))
+        problem = "--device-scale: \"" + raw.deviceScale + "\" is not a number above 0";
     return problem;
 }
 
@@ -116,6 +121,11 @@ std::string CheckOutput(const RenderOptions& options)
     if (options.output != "-" && options.input != "-" &&
         std::filesystem::equivalent(options.input, options.output, error))
         return options.output + ": is the input as well";
+    if (options.output != "-" && !options.events.empty() && options.events != "-" &&
+        std::filesystem::equivalent(options.events, options.output, error))
+        return options.output + ": is the file of events as well";
+    if (options.events == "-" && options.input == "-")
+        return "--events: standard input is the tree file already";
     return {};
 }
 
@@ -223,6 +233,17 @@ CLI::App* AddRender(CLI::App& program, RenderOptions& options, RawRender& raw,
                       "shades them in grey)");
     command->add_flag("--color-by-value", options.colorByValue,
                       "Shade nodes in grey by their value relative to the root");
+    command
+        ->add_option("--events", options.events,
+                     "Play mouse and keyboard events on the picture before it is written (JSON); "
+                     "\"-\" reads standard input")
+        ->type_name("FILE");
+    command
+        ->add_option(
+            "--device-scale", raw.deviceScale,
+            "Device units a layout unit of the viewer that delivers the events, by default "
+            "the scale")
+        ->type_name("P");
     AddProgressOptions(*command, progress);
     AddModelOptions(*command, options.model);
     return command;

@@ -37,6 +37,8 @@ struct RenderOptions {
     bool noLabels = false;
     bool resizeByValue = false;
     bool colorByValue = false;
+    std::string events;     ///< a file to play before the picture is written; may be empty
+    float deviceScale = 1;  ///< of the viewer that delivers the events
     ModelOptions model;
     ProgressMode progress = ProgressMode::WhenTerminal;
 };

@@ -1,71 +1,57 @@
 #include "Picture.h"
 
-#include <array>
-#include <new>
+#include <cmath>
 
-#include "KUV2D.h"
-#include "KUVCommand.h"
 #include "VisDataTree.h"
-#include "VisTreeMapLayout.h"
-#include "VisTreeSpaceFillingLayout.h"
-#include "VisTreeSpaceFillingLayoutNotification.h"
+#include "player/EventPlayer.h"
 
 namespace dataviz {
 
-Picture::Picture(InputTree& tree, const ModelOptions& model)
-    : tree_(tree), owner_(new KUVCommand(nullptr, "dataviz")), bag_(KUV2DBagRep::CreateRep()),
-      layout_(VisTreeMapLayout::CreateLayout(owner_, tree.Root(), bag_))
+Picture::Picture(InputTree& tree, const RenderOptions& options)
+    : tree_(tree), options_(options), owner_(player::LayoutKind::TreeMap, *tree.Root())
 {
-    if (layout_ == nullptr || layout_->GetCallbackManager() == nullptr)
-        throw std::bad_alloc();
-    tree_.Weigh(model.wholeReps);
-    Listen();
+    tree_.Weigh(options.model.wholeReps);
 }
 
-Picture::~Picture()
+void Picture::Draw(KUVCharacterFont* font)
 {
-    layout_->Release();
-    bag_->Release();
-    owner_->Release();
+    for (VisDataTree* const node : tree_.Nodes())
+        node->GetCache()->SetShowLabel(options_.noLabels ? 0 : 1);
+    VisDataTree::VisDataTreeCache& root = *tree_.Root()->GetCache();
+    if (options_.resizeByValue)
+        root.SetResizeWithValue(1);
+    if (options_.colorByValue)
+        root.SetColorWithValue(1);
+    player::Drawing drawing;
+    drawing.position = {options_.originX, options_.originY};
+    drawing.size = {static_cast<float>(options_.width), static_cast<float>(options_.height)};
+    drawing.font = font;
+    drawing.scale = options_.scale;
+    owner_.Draw(drawing);
 }
 
-void Picture::Listen()
+void Picture::Play(const std::vector<player::Event>& events,
+                   const std::function<void(double fraction)>& progress)
 {
-    const std::array events{VisTreeSpaceFillingLayout::ON_SET_CURRENT_ROOT(),
-                            VisTreeSpaceFillingLayout::ON_SELECT_NODE(),
-                            VisTreeSpaceFillingLayout::ON_HOVER_NODE(),
-                            VisTreeSpaceFillingLayout::ON_RIGHT_CLICK_NODE(),
-                            VisTreeSpaceFillingLayout::ON_DOUBLE_CLICK()};
-    for (const char* const event : events) {
-        layout_->GetCallbackManager()->Subscribe(
-            event, layout_,
-            [this](const char* name, KUVNotification* notification, KUVBaseUnknown*) {
-                HeardNotification heard;
-                heard.name = name;
-                if (const auto* const payload =
-                        dynamic_cast<const VisTreeSpaceFillingLayoutNotification*>(notification)) {
-                    heard.hasPayload = true;
-                    heard.previous = payload->GetPreviousNode();
-                    heard.node = payload->GetNode();
-                }
-                heard_.push_back(std::move(heard));
-            });
+    const PixelSize pixels = PixelSizeOf(options_);
+    player::EventPlayer player(owner_, tree_.Nodes(),
+                               {static_cast<float>(pixels.width), static_cast<float>(pixels.height),
+                                options_.deviceScale});
+    constexpr std::size_t STEP = 256;
+    for (std::size_t i = 0; i < events.size(); ++i) {
+        if (i % STEP == 0)
+            progress(static_cast<double>(i) / static_cast<double>(events.size()));
+        player.Play(events[i]);
     }
 }
 
-void Picture::Draw(const RenderOptions& options, KUVCharacterFont* font)
+PixelSize PixelSizeOf(const RenderOptions& options)
 {
-    for (VisDataTree* const node : tree_.Nodes())
-        node->GetCache()->SetShowLabel(options.noLabels ? 0 : 1);
-    VisDataTree::VisDataTreeCache& root = *tree_.Root()->GetCache();
-    if (options.resizeByValue)
-        root.SetResizeWithValue(1);
-    if (options.colorByValue)
-        root.SetColorWithValue(1);
-    const KUVMathPoint2Df origin(options.originX, options.originY);
-    const KUVMathPoint2Df size(static_cast<float>(options.width),
-                               static_cast<float>(options.height));
-    layout_->Draw(origin, size, font, options.scale);
+    // In double: whoever asks for more than a painter can measure gets the reason, not a
+    // wrap-around.
+    const double scale = static_cast<double>(options.scale);
+    return {std::round(static_cast<double>(options.width) * scale),
+            std::round(static_cast<double>(options.height) * scale)};
 }
 
 }  // namespace dataviz

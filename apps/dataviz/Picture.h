@@ -1,56 +1,47 @@
 #pragma once
 
-#include <cstdint>
-#include <string>
+#include <cstddef>
+#include <functional>
 #include <vector>
 
 #include "InputTree.h"
 #include "Options.h"
-
-class KUV2DBagRep;
-class KUVCharacterFont;
-class KUVCommand;
-class KUVNotification;
-class VisDataTree;
-class VisTreeSpaceFillingLayout;
+#include "player/Events.h"
+#include "player/LayoutOwner.h"
 
 namespace dataviz {
 
-/// A notification of the layout, as its owner heard it.
-struct HeardNotification {
-    std::string name;
-    bool hasPayload = false;
-    const VisDataTree* previous = nullptr;
-    const VisDataTree* node = nullptr;
-};
-
-/// The owner of a layout: makes it for a tree, sets it up in the order that the module wants, and
-/// remembers what it heard. The tree outlives the picture.
+/// The picture of an input: its tree, and the owner of the layout that shows it, set up in the
+/// order that the module wants. The tree outlives the picture.
 class Picture {
 public:
     /// Makes the layout and weighs the tree: the values live in the layout's caches.
-    Picture(InputTree& tree, const ModelOptions& model);
-    Picture(const Picture&) = delete;
-    Picture& operator=(const Picture&) = delete;
-    ~Picture();
+    Picture(InputTree& tree, const RenderOptions& options);
 
     /// Sets flags and switches and draws once. The font, which may be null, outlives the picture.
-    void Draw(const RenderOptions& options, KUVCharacterFont* font);
+    void Draw(KUVCharacterFont* font);
+
+    /// Plays the events; `progress` hears the fraction that is done.
+    void Play(const std::vector<player::Event>& events,
+              const std::function<void(double fraction)>& progress);
 
     const InputTree& Tree() const { return tree_; }
-    const VisTreeSpaceFillingLayout& Layout() const { return *layout_; }
-    const KUV2DBagRep& Scene() const { return *bag_; }
-    /// What the layout said while it was set up and drawn.
-    const std::vector<HeardNotification>& SetUpNotifications() const { return heard_; }
+    const player::LayoutOwner& Owner() const { return owner_; }
+    const VisTreeSpaceFillingLayout& Layout() const { return owner_.Layout(); }
+    const KUV2DBagRep& Scene() const { return owner_.Scene(); }
 
 private:
-    void Listen();
-
     InputTree& tree_;
-    KUVCommand* owner_;
-    KUV2DBagRep* bag_;
-    VisTreeSpaceFillingLayout* layout_;
-    std::vector<HeardNotification> heard_;
+    const RenderOptions& options_;
+    player::LayoutOwner owner_;
 };
+
+/// Width and height of a picture in pixels, not rounded to what a painter can make.
+struct PixelSize {
+    double width = 0;
+    double height = 0;
+};
+
+PixelSize PixelSizeOf(const RenderOptions& options);
 
 }  // namespace dataviz

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "Commands.h"
+#include "EventScript.h"
 #include "FileWriting.h"
 #include "GeometryJson.h"
 #include "InputTree.h"
@@ -24,12 +25,8 @@ struct ReleaseObject {
 
 std::string PaintTo(const std::string& path, const Picture& picture, const RenderOptions& options)
 {
-    // The painter measures pixels with int; whoever asks for more gets the reason, not a
-    // wrap-around.
-    const double width =
-        std::round(static_cast<double>(options.width) * static_cast<double>(options.scale));
-    const double height =
-        std::round(static_cast<double>(options.height) * static_cast<double>(options.scale));
+    // The painter measures pixels with int.
+    const auto [width, height] = PixelSizeOf(options);
     constexpr double LARGEST = 2147483647.0;
     if (width > LARGEST || height > LARGEST)
         return "the picture would be wider or higher than 2147483647 pixels";
@@ -67,12 +64,28 @@ std::unique_ptr<core::MeasuringFont, ReleaseObject> FontOf(const RenderOptions& 
     return font;
 }
 
+/// Writes what the options ask for; the text says why it could not be written.
+std::string WriteOutput(const std::string& path, const Picture& picture,
+                        const RenderOptions& options)
+{
+    if (options.format == PictureFileFormat::Json)
+        return WriteFile(path, [&](std::FILE* file) { WriteGeometry(picture, options, file); });
+    return PaintTo(path, picture, options);
+}
+
 }  // namespace
 
 void RunRender(const RenderOptions& options, const std::string& outputFile, WorkChannel& channel)
 {
+    // What is wrong with the events is said before a large model is read.
+    EventScript script;
     InputTree tree;
-    if (const std::optional<Failure> failure = tree.Load(options.input, options.model, channel)) {
+    std::optional<Failure> failure = script.Load(options.events);
+    if (!failure)
+        failure = tree.Load(options.input, options.model, channel);
+    if (!failure)
+        failure = script.CheckNodes(tree.Nodes().size());
+    if (failure) {
         channel.Fail(*failure);
         return;
     }
@@ -81,16 +94,14 @@ void RunRender(const RenderOptions& options, const std::string& outputFile, Work
     const paint::PaintSession session;
     const auto font = FontOf(options, channel);
     channel.Progress("laying out", -1);
-    Picture picture(tree, options.model);
-    picture.Draw(options, font.get());
-    channel.Progress("writing", -1);
-    std::string problem;
-    if (options.format == PictureFileFormat::Json) {
-        problem =
-            WriteFile(outputFile, [&](std::FILE* file) { WriteGeometry(picture, options, file); });
-    } else {
-        problem = PaintTo(outputFile, picture, options);
+    Picture picture(tree, options);
+    picture.Draw(font.get());
+    if (!script.Events().empty()) {
+        picture.Play(script.Events(),
+                     [&](double fraction) { channel.Progress("playing events", fraction); });
     }
+    channel.Progress("writing", -1);
+    const std::string problem = WriteOutput(outputFile, picture, options);
     if (problem.empty())
         channel.Finish(0);
     else

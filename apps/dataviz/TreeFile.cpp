@@ -4,6 +4,7 @@
 
 #include "TreeFileBuilder.h"
 #include "TreeFileText.h"
+#include "player/JsonText.h"
 
 namespace dataviz {
 
@@ -11,7 +12,7 @@ namespace {
 
 std::size_t FirstVisible(std::string_view text)
 {
-    const std::size_t start = ByteOrderMarkLength(text);
+    const std::size_t start = player::ByteOrderMarkLength(text);
     const std::size_t offset = text.find_first_not_of(" \t\r\n", start);
     return offset == std::string_view::npos ? text.size() : offset;
 }

@@ -3,6 +3,7 @@
 
 #include "TreeFileBuilder.h"
 #include "TreeFileText.h"
+#include "player/JsonText.h"
 
 namespace dataviz {
 
@@ -19,7 +20,7 @@ struct Field {
 /// quote itself doubled.
 class CsvRows {
 public:
-    explicit CsvRows(std::string_view text) : text_(text), at_(ByteOrderMarkLength(text)) {}
+    explicit CsvRows(std::string_view text) : text_(text), at_(player::ByteOrderMarkLength(text)) {}
 
     /// Reads the next row that is not blank; false at the end of the text or at an error.
     bool Next()

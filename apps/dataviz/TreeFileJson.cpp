@@ -1,47 +1,18 @@
 #include <array>
-#include <iterator>
 #include <new>
 
 #include <nlohmann/json.hpp>
 
 #include "TreeFileBuilder.h"
 #include "TreeFileText.h"
+#include "player/JsonText.h"
 
 namespace dataviz {
 
 namespace {
 
 using Builder = TreeFileBuilder;
-
-/// Walks over the text for the parser and lets the reader see how far it has come.
-class TrackedPointer {
-public:
-    using iterator_category = std::forward_iterator_tag;
-    using value_type = char;
-    using difference_type = std::ptrdiff_t;
-    using pointer = const char*;
-    using reference = const char&;
-
-    TrackedPointer() = default;
-    TrackedPointer(const char* at, const char** seen) : at_(at), seen_(seen) {}
-    reference operator*() const { return *at_; }
-    TrackedPointer& operator++()
-    {
-        *seen_ = ++at_;
-        return *this;
-    }
-    TrackedPointer operator++(int)
-    {
-        TrackedPointer former = *this;
-        ++*this;
-        return former;
-    }
-    bool operator==(const TrackedPointer& other) const { return at_ == other.at_; }
-
-private:
-    const char* at_ = nullptr;
-    const char** seen_ = nullptr;
-};
+using player::TrackedPointer;
 
 /// What a key means to a node.
 enum class Key { Unknown, Label, Icon, Value, Color, Flag, Children, Id, Parent };
@@ -68,28 +39,7 @@ constexpr std::array KEY_RULES{
     KeyRule{"parent", Key::Parent, Builder::PARENT, nullptr},
 };
 
-/// The parser's number for the error that a number is out of the range of a double.
-constexpr int NUMBER_OVERFLOW = 406;
-
 std::string Quoted(std::string_view name) { return "\"" + std::string(name) + "\""; }
-
-/// The parser's own words on a syntax error without its prefix and without what it read last, which
-/// may be malformed or as long as the file.
-std::string SyntaxReason(std::string reason)
-{
-    const std::size_t prefix = reason.find("] ");
-    if (prefix != std::string::npos)
-        reason.erase(0, prefix + 2);
-    if (reason.rfind("parse error at line", 0) == 0)
-        reason.erase(0, reason.find(": ") + 2);
-    const std::size_t lastRead = reason.find("; last read: '");
-    if (lastRead != std::string::npos)
-        reason.erase(lastRead);
-    constexpr std::size_t LONGEST = 160;
-    if (reason.size() > LONGEST)
-        reason = reason.substr(0, LONGEST) + "...";
-    return reason;
-}
 
 /// Receives what the parser reads. Keeps its own stack of open nodes, so depth costs memory only.
 class JsonReader {
@@ -171,7 +121,7 @@ private:
 
 std::size_t JsonReader::TokenStart() const
 {
-    std::size_t offset = lastEnd_ == 0 ? ByteOrderMarkLength(text_) : lastEnd_;
+    std::size_t offset = lastEnd_ == 0 ? player::ByteOrderMarkLength(text_) : lastEnd_;
     offset = text_.find_first_not_of(" \t\r\n:,", offset);
     return offset == std::string_view::npos ? text_.size() : offset;
 }
@@ -414,14 +364,11 @@ bool JsonReader::parse_error(std::size_t /*position*/, const std::string& lastTo
 {
     // The parser gives up on a number that no double holds; what it is given for says more. Only
     // the value of an unknown key passes, and then the parser's words have to do.
-    if (error.id == NUMBER_OVERFLOW && !number_float(0, lastToken))
+    if (error.id == player::JSON_NUMBER_OVERFLOW && !number_float(0, lastToken))
         return false;
-    std::string reason = SyntaxReason(error.what());
-    // An unexpected token is shown where it begins, a malformed one where it breaks.
-    if (reason.find("unexpected ") != std::string::npos)
-        return FailHere(std::move(reason));
-    const bool atEnd = Consumed() == text_.size() && reason.find("missing") != std::string::npos;
-    return Fail(Consumed() - (Consumed() > 0 && !atEnd ? 1 : 0), std::move(reason));
+    std::string reason = player::SyntaxReason(error.what());
+    const std::size_t offset = player::SyntaxErrorOffset(text_, reason, TokenStart(), Consumed());
+    return Fail(offset, std::move(reason));
 }
 
 // ---- the whole file

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <limits>
 
+#include "player/JsonText.h"
+
 namespace dataviz {
 
 namespace {
@@ -132,21 +134,12 @@ std::size_t FindInvalidUtf8(std::string_view text)
     return text.size();
 }
 
-std::size_t ByteOrderMarkLength(std::string_view text)
-{
-    return text.substr(0, 3) == "\xEF\xBB\xBF" ? 3 : 0;
-}
-
 TreeFileError MakeError(std::string_view text, std::size_t offset, std::string reason)
 {
-    const std::string_view before = text.substr(0, std::min(offset, text.size()))
-                                        .substr(std::min(offset, ByteOrderMarkLength(text)));
-    const std::size_t lineStart =
-        before.rfind('\n') == std::string_view::npos ? 0 : before.rfind('\n') + 1;
+    const player::TextPosition position = player::PositionAt(text, offset);
     TreeFileError error;
-    error.line = 1 + static_cast<std::uint64_t>(std::count(before.begin(), before.end(), '\n'));
-    for (const char c : before.substr(lineStart))
-        error.column += (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
+    error.line = position.line;
+    error.column = position.column;
     error.reason = std::move(reason);
     return error;
 }

@@ -24,9 +24,6 @@ std::size_t CharacterLength(std::string_view text, std::size_t offset);
 /// The offset of the first byte that is not part of valid UTF-8, or the size of the text.
 std::size_t FindInvalidUtf8(std::string_view text);
 
-/// 3 when the text begins with a byte order mark, else 0.
-std::size_t ByteOrderMarkLength(std::string_view text);
-
 /// The error at a byte offset of the text; an offset behind the end means the end.
 TreeFileError MakeError(std::string_view text, std::size_t offset, std::string reason);
 

@@ -31,6 +31,7 @@ LAYERS = (
     ("paint", "standalone/paint/"),
     ("view3d", "standalone/view3d/"),
     ("widgets", "standalone/widgets/"),
+    ("player", "apps/player/"),
     ("dataviz", "apps/dataviz/"),
     ("viewer", "apps/viewer/"),
     ("support", "tests/support/"),
@@ -46,8 +47,8 @@ LAYERS = (
 
 MODULE = {"std", "host", "include", "private"}
 TEST = {"std", "posix", "gtest", "rapidcheck", "json", "support"}
-PROGRAM = {"std", "posix", "cli11", "json", "include", "host", "core", "import", "paint", "occt", "qt"}
-MODULE_TEST = TEST | MODULE | {"core"}
+PROGRAM = {"std", "posix", "cli11", "json", "include", "host", "core", "import", "paint", "player", "occt", "qt"}
+MODULE_TEST = TEST | MODULE | {"core", "player"}
 
 # What each layer may include; its own folder always. "posix" is the platform's C headers, which the
 # module does without.
@@ -61,6 +62,7 @@ ALLOWED = {
     "paint": {"std", "posix", "host", "core", "qt"},
     "view3d": {"std", "posix", "host", "core", "import", "occt"},
     "widgets": {"std", "posix", "host", "core", "import", "paint", "view3d", "qt"},
+    "player": {"std", "json", "host", "include", "core"},
     "dataviz": PROGRAM,
     "viewer": PROGRAM | {"view3d", "widgets"},
     "support": TEST | {"host", "include", "core"},
@@ -75,7 +77,7 @@ ALLOWED = {
     "docs": {"std", "host", "include", "core", "import", "paint"},
 }
 
-INCLUDE_DIRS = ("host", "VisualizationCommands/include", "VisualizationCommands/KUVDataViz.m/src", "standalone", "apps/dataviz", "tests")
+INCLUDE_DIRS = ("host", "VisualizationCommands/include", "VisualizationCommands/KUVDataViz.m/src", "standalone", "apps", "apps/dataviz", "tests")
 
 
 def layer_of(path):

@@ -542,6 +542,7 @@ void VisTreeSpaceFillingView::Clean()
     if (textureImage_)
         std::exchange(textureImage_, nullptr)->Release();
     forcedVisible_ = 0;
+    built_ = 0;
 }
 
 void VisTreeSpaceFillingView::BuildBackground(const Box& box, const Style& style)
@@ -581,6 +582,10 @@ void VisTreeSpaceFillingView::BuildTexture(const Box& box, unsigned char* pixels
 
 void VisTreeSpaceFillingView::BuildContour(const Box& box)
 {
+    // Every build that is not refused comes by here.
+    built_ = 1;
+    builtPosition_ = box.Corner();
+    builtSize_ = box.Size();
     contourRep_ = AsOverlay(CreateRectangle(box, /*fill=*/0));
     if (!contourRep_)
         return;
