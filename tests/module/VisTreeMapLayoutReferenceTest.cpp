@@ -35,7 +35,8 @@ constexpr float SCALE = 1.0f / 4096.0f;
 struct Pair {
     VisDataTree* node;
     Cache* cache;
-    mapReference::Node* twin;
+    layoutReference::Node* twin;
+    layoutReference::Cache* twinCache;
 };
 
 bool SameBits(float a, float b)
@@ -46,7 +47,7 @@ bool SameBits(float a, float b)
     return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
-bool Same(const KUVMathPoint2Df& a, const mapReference::Point& b)
+bool Same(const KUVMathPoint2Df& a, const layoutReference::Point& b)
 {
     return SameBits(a.x, b.x) && SameBits(a.y, b.y);
 }
@@ -58,22 +59,24 @@ public:
         const std::size_t count = 1 + Below(60);
         const std::size_t reach = 1 + Below(count);
         root_ = VisReference<VisDataTree>::Adopt(new VisDataTree(nullptr, "0", ""));
-        pairs_.push_back({root_.Get(), nullptr, map_.AddNode()});
+        pairs_.push_back({root_.Get(), nullptr, AddTwin(), nullptr});
         for (std::size_t i = 1; i < count; ++i) {
             const Pair parent = pairs_[i - 1 - Below(std::min(i, reach))];
             auto* const node = new VisDataTree(nullptr, "n", "");
-            mapReference::Node* const twin = map_.AddNode();
+            layoutReference::Node* const twin = AddTwin();
             parent.node->InsertChild(node, 1);
             node->Release();
-            map_.InsertChild(*parent.twin, *twin, true);
-            pairs_.push_back({node, nullptr, twin});
+            parent.twin->InsertChild(twin, true);
+            pairs_.push_back({node, nullptr, twin, nullptr});
         }
         bag_ = VisReference<KUV2DBagRep>::Adopt(KUV2DBagRep::CreateRep());
         layout_ = VisReference<VisTreeMapLayout>::Adopt(
             VisTreeMapLayout::CreateLayout(nullptr, root_.Get(), bag_.Get()));
-        map_.SetRoot(pairs_[0].twin);
-        for (Pair& pair : pairs_)
+        map_.SetTreeRoot(pairs_[0].twin);
+        for (Pair& pair : pairs_) {
             pair.cache = static_cast<Cache*>(pair.node->GetCache());
+            pair.twinCache = pair.twin->cache;
+        }
     }
     ~SideBySide() { layout_->SetTreeRoot(nullptr); }
     SideBySide(const SideBySide&) = delete;
@@ -105,14 +108,14 @@ public:
     {
         for (std::size_t i = 0; i < pairs_.size(); ++i) {
             const Cache& cache = *pairs_[i].cache;
-            const mapReference::Node& twin = *pairs_[i].twin;
+            const layoutReference::Cache& twin = *pairs_[i].twinCache;
             const bool isSame = Same(cache.GetPos(), twin.position) &&
                                 Same(cache.GetSize(), twin.size) &&
                                 Same(cache.GetComputedMinimumSize(), twin.minimum) &&
                                 cache.GetLastModeOfComputedMinimumExpandedSize() == twin.lastMode &&
-                                (cache.IsExpanded() != 0) == twin.expanded &&
-                                (cache.IsDiscarded() != 0) == twin.discarded &&
-                                (cache.GetView() != nullptr) == twin.hasView;
+                                (cache.IsExpanded() != 0) == twin.isExpanded &&
+                                (cache.IsDiscarded() != 0) == twin.isDiscarded &&
+                                (cache.GetView() != nullptr) == (twin.view != nullptr);
             if (!isSame)
                 return "node " + std::to_string(i) + ": " + Describe(cache) + " instead of " +
                        Describe(twin);
@@ -132,13 +135,13 @@ private:
              << (cache.GetView() != nullptr);
         return text.str();
     }
-    static std::string Describe(const mapReference::Node& twin)
+    static std::string Describe(const layoutReference::Cache& twin)
     {
         std::ostringstream text;
         text << twin.position.x << "," << twin.position.y << "  " << twin.size.x << "x"
              << twin.size.y << " minimum " << twin.minimum.x << "x" << twin.minimum.y << " mode "
-             << twin.lastMode << " expanded " << twin.expanded << " discarded " << twin.discarded
-             << " view " << twin.hasView;
+             << twin.lastMode << " expanded " << twin.isExpanded << " discarded "
+             << twin.isDiscarded << " view " << (twin.view != nullptr);
         return text.str();
     }
 
@@ -187,7 +190,7 @@ private:
         }
         hasDrawn_ = true;
         layout_->Draw(origin_, size_, nullptr, SCALE);
-        map_.Draw({origin_.x, origin_.y}, {size_.x, size_.y});
+        map_.Draw({origin_.x, origin_.y}, {size_.x, size_.y}, SCALE);
         return "draw";
     }
 
@@ -197,12 +200,12 @@ private:
         const unsigned int mode = Mode();
         if (Below(2) == 0) {
             layout_->LayoutChildrenInGrid({1.5f, 2.5f}, size, nullptr, SCALE);
-            map_.LayoutChildrenInGrid({1.5f, 2.5f}, {size.x, size.y});
+            map_.LayoutChildrenInGrid({1.5f, 2.5f}, {size.x, size.y}, SCALE);
             return "grid";
         }
         layout_->SliceAndDice(static_cast<VisTreeMap_SliceDice>(mode), {1.5f, 2.5f}, size, nullptr,
                               SCALE);
-        map_.SliceAndDice(mode, {1.5f, 2.5f}, {size.x, size.y});
+        map_.SliceAndDice(mode, {1.5f, 2.5f}, {size.x, size.y}, SCALE);
         return "slice and dice";
     }
 
@@ -210,7 +213,7 @@ private:
     {
         const Pair& pair = AnyPair();
         layout_->SetCurrentRoot(pair.node, 1);
-        map_.SetCurrentRoot(*pair.twin);
+        map_.SetCurrentRoot(pair.twin, true);
         return "zoom";
     }
 
@@ -224,20 +227,20 @@ private:
             return "no move";
         const bool resets = Below(2) == 0;
         parent.node->InsertChild(child.node, resets ? 1 : 0);
-        map_.InsertChild(*parent.twin, *child.twin, resets);
+        parent.twin->InsertChild(child.twin, resets);
         return resets ? "move" : "move quietly";
     }
 
     std::string Relink()
     {
         const Pair& pair = AnyPair();
-        if (pair.twin->hasCache) {
+        if (pair.twin->cache) {
             pair.node->SetCache(nullptr);
             map_.Unlink(*pair.twin);
             return "unlink";
         }
         pair.node->SetCache(pair.cache);
-        map_.Link(*pair.twin);
+        map_.Link(*pair.twin, *pair.twinCache);
         return "link";
     }
 
@@ -245,7 +248,7 @@ private:
     std::string Ask()
     {
         const Pair& pair = AnyPair();
-        if (!pair.twin->hasCache)
+        if (!pair.twin->cache)
             return "nothing to ask";
         const unsigned int mode = Mode();
         const auto asked = static_cast<VisTreeMap_SliceDice>(mode);
@@ -253,13 +256,15 @@ private:
         float sum = -7.0f;
         float twinSum = -7.0f;
         EXPECT_EQ(pair.cache->CanSliceAndDiceExpandNode(asked, size, &sum) != 0,
-                  mapReference::TreeMap::CanSliceAndDiceExpandNode(*pair.twin, mode,
-                                                                   {size.x, size.y}, &twinSum));
+                  layoutReference::TreeMap::CanSliceAndDiceExpandNode(*pair.twinCache, mode,
+                                                                      {size.x, size.y}, &twinSum));
         EXPECT_TRUE(SameBits(sum, twinSum)) << sum << " instead of " << twinSum;
-        EXPECT_TRUE(Same(pair.cache->ComputeMinimumExpandedSize(asked),
-                         mapReference::TreeMap::ComputeMinimumExpandedSize(*pair.twin, mode)));
-        EXPECT_EQ(pair.cache->CanLayoutChildrenInGrid(size) != 0,
-                  mapReference::TreeMap::CanLayoutChildrenInGrid(*pair.twin, {size.x, size.y}));
+        EXPECT_TRUE(
+            Same(pair.cache->ComputeMinimumExpandedSize(asked),
+                 layoutReference::TreeMap::ComputeMinimumExpandedSize(*pair.twinCache, mode)));
+        EXPECT_EQ(
+            pair.cache->CanLayoutChildrenInGrid(size) != 0,
+            layoutReference::TreeMap::CanLayoutChildrenInGrid(*pair.twinCache, {size.x, size.y}));
         return "ask";
     }
 
@@ -269,12 +274,19 @@ private:
         const unsigned int mode = Mode();
         pair.cache->SetLastModeOfComputedMinimumExpandedSize(
             static_cast<VisTreeMap_SliceDice>(mode));
-        mapReference::TreeMap::SetLastMode(*pair.twin, mode);
+        layoutReference::TreeMap::SetLastMode(*pair.twinCache, mode);
         return "set the mode";
     }
 
+    layoutReference::Node* AddTwin()
+    {
+        twins_.push_back(std::make_unique<layoutReference::Node>());
+        return twins_.back().get();
+    }
+
     std::mt19937_64 random_;
-    mapReference::TreeMap map_;
+    std::vector<std::unique_ptr<layoutReference::Node>> twins_;
+    layoutReference::TreeMap map_;
     VisReference<VisDataTree> root_;
     VisReference<KUV2DBagRep> bag_;
     VisReference<VisTreeMapLayout> layout_;

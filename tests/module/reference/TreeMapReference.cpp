@@ -2,9 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstddef>
 
-namespace mapReference {
+namespace layoutReference {
 
 namespace {
 
@@ -22,64 +21,28 @@ float CountOf(const Node& node) { return static_cast<float>(node.children.size()
 
 }  // namespace
 
-Node* TreeMap::AddNode()
+std::unique_ptr<Cache> TreeMap::GenerateCache() const
 {
-    nodes_.push_back(std::make_unique<Node>());
-    return nodes_.back().get();
-}
-
-// ---- edits
-
-void TreeMap::ResetUpwards(Node* node)
-{
-    // The walk of the tree goes up to the root, past nodes without cache.
-    for (; node; node = node->parent) {
-        if (node->hasCache)
-            node->minimum = {-1.0f, -1.0f};
-    }
-}
-
-void TreeMap::InsertChild(Node& parent, Node& child, bool resetCaches)
-{
-    if (child.parent) {
-        std::vector<Node*>& siblings = child.parent->children;
-        siblings.erase(std::find(siblings.begin(), siblings.end(), &child));
-        ResetUpwards(child.parent);
-    }
-    child.parent = &parent;
-    parent.children.push_back(&child);
-    if (resetCaches)
-        ResetUpwards(&parent);
-}
-
-void TreeMap::Unlink(Node& node)
-{
-    node.minimum = {-1.0f, -1.0f};
-    node.hasCache = false;
-}
-
-void TreeMap::Link(Node& node)
-{
-    node.hasCache = true;
-    // The walk of the caches stops at the first node without one.
-    for (Node* reset = &node; reset && reset->hasCache; reset = reset->parent)
-        reset->minimum = {-1.0f, -1.0f};
+    std::unique_ptr<Cache> cache = Layout::GenerateCache();
+    cache->lastMode = 1;
+    return cache;
 }
 
 // ---- minimum sizes
 
-Point TreeMap::ComputeMinimumExpandedSize(Node& node, unsigned int mode)
+Point TreeMap::ComputeMinimumExpandedSize(Cache& cache, unsigned int mode)
 {
-    if (node.minimum.x > 0.0f && node.minimum.y > 0.0f && node.lastMode == mode)
-        return node.minimum;
+    if (cache.minimum.x > 0.0f && cache.minimum.y > 0.0f && cache.lastMode == mode)
+        return cache.minimum;
     Point result;
-    if (node.children.empty()) {
+    const Node* const node = cache.node;
+    if (!node || node->children.empty()) {
         result = {32.0f, 15.0f};
     } else {
-        for (Node* const child : node.children) {
-            if (!child->hasCache)
+        for (const Node* const child : node->children) {
+            if (!child->cache)
                 continue;
-            const Point inner = ComputeMinimumExpandedSize(*child, Inverse(mode));
+            const Point inner = ComputeMinimumExpandedSize(*child->cache, Inverse(mode));
             if (mode == 0) {
                 result.x = result.x + inner.x;
                 result.y = std::max(result.y, inner.y);
@@ -89,40 +52,43 @@ Point TreeMap::ComputeMinimumExpandedSize(Node& node, unsigned int mode)
             }
         }
         if (mode == 0)
-            result.x += 2.0f * CountOf(node) - 2.0f;
+            result.x += 2.0f * CountOf(*node) - 2.0f;
         else
-            result.y += 2.0f * CountOf(node) - 2.0f;
+            result.y += 2.0f * CountOf(*node) - 2.0f;
         result.x += 2.0f;
         result.y += 15.0f;
     }
-    node.minimum = result;
-    node.lastMode = mode;
+    cache.minimum = result;
+    cache.lastMode = mode;
     return result;
 }
 
-void TreeMap::SetLastMode(Node& node, unsigned int mode)
+void TreeMap::SetLastMode(Cache& cache, unsigned int mode)
 {
-    if (node.lastMode == mode)
+    if (cache.lastMode == mode)
         return;
-    node.lastMode = mode;
-    node.minimum = {-1.0f, -1.0f};
+    cache.lastMode = mode;
+    cache.minimum = {-1.0f, -1.0f};
 }
 
-bool TreeMap::CanSliceAndDiceExpandNode(Node& node, unsigned int mode, Point size, float* sum)
+bool TreeMap::CanSliceAndDiceExpandNode(Cache& cache, unsigned int mode, Point size, float* sum)
 {
+    if (!cache.node)
+        return false;
+    const Node& node = *cache.node;
     if (node.children.empty())
         return true;
     const float n = CountOf(node);
     float aw = size.x - 2.0f;
     float ah = size.y - 14.0f - 1.0f;
-    ComputeMinimumExpandedSize(node, mode);
+    ComputeMinimumExpandedSize(cache, mode);
     bool any = false;
     float total = 0.0f;
     float smallest = 0.0f;
-    for (Node* const child : node.children) {
-        if (!child->hasCache)
+    for (const Node* const child : node.children) {
+        if (!child->cache)
             continue;
-        const Point minimum = ComputeMinimumExpandedSize(*child, Inverse(mode));
+        const Point minimum = ComputeMinimumExpandedSize(*child->cache, Inverse(mode));
         const float m = mode == 0 ? minimum.x : minimum.y;
         total += m;
         smallest = any ? std::min(smallest, m) : m;
@@ -153,106 +119,114 @@ bool TreeMap::CanSliceAndDiceExpandNode(Node& node, unsigned int mode, Point siz
     return ah >= 15.0f && aw >= 32.0f;
 }
 
-bool TreeMap::CanLayoutChildrenInGrid(const Node& node, Point size)
+bool TreeMap::CanLayoutChildrenInGrid(const Cache& cache, Point size)
 {
+    if (!cache.node)
+        return false;
     const float iw = size.x - 2.0f;
     const float ih = size.y - 15.0f;
     if (iw < 32.0f || ih < 15.0f)
         return false;
     const long long columns = WholeNumber(iw + 2.0f) / 34;
     const long long rows = WholeNumber(ih + 2.0f) / 17;
-    return rows * columns >= static_cast<long long>(node.children.size());
+    return rows * columns >= static_cast<long long>(cache.node->children.size());
 }
 
 // ---- layout
 
-void TreeMap::ResetView(Node& node)
+Point TreeMap::Picture::Place(Point position) const
 {
-    node.hasView = false;
-    node.expanded = false;
-    node.discarded = true;
-    ResetGrandchildren(node);
+    return {(position.x - origin.x) * scale + origin.x, (position.y - origin.y) * scale + origin.y};
 }
 
-void TreeMap::ResetGrandchildren(Node& child)
+Point TreeMap::Picture::Scaled(Point size) const { return {size.x * scale, size.y * scale}; }
+
+void TreeMap::DrawNode(Cache& cache, Point position, Point size, const Picture& picture)
 {
-    for (Node* const below : child.children) {
-        if (below->hasCache)
-            ResetView(*below);
-    }
+    cache.position = position;
+    cache.size = size;
+    ViewOf(cache).Init(picture.Place(position), picture.Scaled(size), picture.scale);
 }
 
-void TreeMap::LayOut(Node& node, unsigned int mode, Point p, Point s)
+void TreeMap::LayOut(const Node& node, unsigned int mode, Point position, Point size,
+                     const Picture& picture)
 {
-    if (!node.hasCache)
+    if (!node.cache)
         return;
-    node.expanded = false;
-    node.discarded = false;
-    node.hasView = true;
-    node.position = p;
-    node.size = s;
-    if (node.children.empty()) {
-        node.expanded = true;
-        return;
-    }
+    Cache& cache = *node.cache;
+    cache.isExpanded = false;
+    cache.isDiscarded = false;
+    ViewOf(cache).Clean();
     float sum = 0.0f;
-    if (!CanSliceAndDiceExpandNode(node, mode, s, &sum)) {
-        ResetGrandchildren(node);
-        return;
+    if (node.children.empty()) {
+        cache.isExpanded = true;
+    } else if (!CanSliceAndDiceExpandNode(cache, mode, size, &sum)) {
+        ResetViewsBelow(node);
+    } else {
+        cache.isExpanded = true;
+        const Point q{position.x + 1.0f, position.y + 1.0f};
+        const Point inner{size.x - 2.0f, size.y - 14.0f - 1.0f};
+        if (sum < 0.0f)
+            LayOutEqually(node, mode, q, inner, picture);
+        else
+            LayOutInProportion(node, mode, q, inner, sum, picture);
     }
-    node.expanded = true;
-    Point q{p.x + 1.0f, p.y + 1.0f};
-    Point i{s.x - 2.0f, s.y - 14.0f - 1.0f};
+    DrawNode(cache, position, size, picture);
+}
+
+void TreeMap::LayOutEqually(const Node& node, unsigned int mode, Point q, Point inner,
+                            const Picture& picture)
+{
     const float n = CountOf(node);
-    if (sum < 0.0f) {
-        Point step;
-        if (mode == 0) {
-            i.x = (i.x - (2.0f * n - 2.0f)) / n;
-            step.x = i.x + 2.0f;
-        } else {
-            i.y = (i.y - (2.0f * n - 2.0f)) / n;
-            step.y = i.y + 2.0f;
-        }
-        for (Node* const child : node.children) {
-            LayOut(*child, Inverse(mode), q, i);
-            q.x += step.x;
-            q.y += step.y;
-        }
-        return;
+    Point step;
+    if (mode == 0) {
+        inner.x = (inner.x - (2.0f * n - 2.0f)) / n;
+        step.x = inner.x + 2.0f;
+    } else {
+        inner.y = (inner.y - (2.0f * n - 2.0f)) / n;
+        step.y = inner.y + 2.0f;
     }
-    const float g = 2.0f * (n - 1.0f);
-    for (Node* const child : node.children) {
-        if (!child->hasCache)
+    for (const Node* const child : node.children) {
+        LayOut(*child, Inverse(mode), q, inner, picture);
+        q.x += step.x;
+        q.y += step.y;
+    }
+}
+
+void TreeMap::LayOutInProportion(const Node& node, unsigned int mode, Point q, Point inner,
+                                 float sum, const Picture& picture)
+{
+    const float g = 2.0f * (CountOf(node) - 1.0f);
+    for (const Node* const child : node.children) {
+        if (!child->cache)
             continue;
-        const Point m = ComputeMinimumExpandedSize(*child, Inverse(mode));
+        const Point m = ComputeMinimumExpandedSize(*child->cache, Inverse(mode));
         if (mode == 0) {
-            const float e = (i.x - g) * m.x / sum;
-            LayOut(*child, Inverse(mode), q, {std::round(e), i.y});
+            const float e = (inner.x - g) * m.x / sum;
+            LayOut(*child, Inverse(mode), q, {std::round(e), inner.y}, picture);
             q.x += e + 2.0f;
         } else {
-            const float e = (i.y - g) * m.y / sum;
-            LayOut(*child, Inverse(mode), q, {i.x, std::round(e)});
+            const float e = (inner.y - g) * m.y / sum;
+            LayOut(*child, Inverse(mode), q, {inner.x, std::round(e)}, picture);
             q.y += e + 2.0f;
         }
     }
 }
 
-void TreeMap::SliceAndDice(unsigned int mode, Point origin, Point size)
+void TreeMap::SliceAndDice(unsigned int mode, Point origin, Point size, float scale)
 {
-    if (currentRoot_)
-        LayOut(*currentRoot_, mode, origin, size);
+    if (currentRoot)
+        LayOut(*currentRoot, mode, origin, size, {origin, scale});
 }
 
-void TreeMap::LayoutChildrenInGrid(Point origin, Point size)
+void TreeMap::LayoutChildrenInGrid(Point origin, Point size, float scale)
 {
-    if (!currentRoot_ || !currentRoot_->hasCache)
+    if (!currentRoot || !currentRoot->cache)
         return;
-    Node& root = *currentRoot_;
-    root.expanded = true;
-    root.discarded = false;
-    root.hasView = true;
-    root.position = origin;
-    root.size = size;
+    const Picture picture{origin, scale};
+    const Node& root = *currentRoot;
+    root.cache->isExpanded = true;
+    root.cache->isDiscarded = false;
     const float iw = size.x - 2.0f;
     const float ih = size.y - 15.0f;
     const float fx = (iw + 2.0f) / 34.0f;
@@ -264,19 +238,17 @@ void TreeMap::LayoutChildrenInGrid(Point origin, Point size)
     Point cell{origin.x + 1.0f, origin.y + ih - 15.0f};
     long long column = 0;
     long long row = 0;
-    for (Node* const child : root.children) {
+    for (const Node* const child : root.children) {
         if (columns < 1 || row >= rows) {
-            if (child->hasCache)
-                ResetView(*child);
+            if (child->cache)
+                ResetView(*child->cache);
             continue;
         }
-        if (child->hasCache) {
-            child->discarded = false;
-            child->expanded = child->children.empty();
-            child->hasView = true;
-            child->position = cell;
-            child->size = {cellWidth, 15.0f};
-            ResetGrandchildren(*child);
+        if (child->cache) {
+            child->cache->isDiscarded = false;
+            child->cache->isExpanded = child->children.empty();
+            ResetViewsBelow(*child);
+            DrawNode(*child->cache, cell, {cellWidth, 15.0f}, picture);
         }
         cell.x += cellWidth + 2.0f;
         if (++column == columns) {
@@ -286,33 +258,24 @@ void TreeMap::LayoutChildrenInGrid(Point origin, Point size)
             cell.y -= 17.0f;
         }
     }
+    root.cache->position = origin;
+    root.cache->size = size;
+    ViewOf(*root.cache).Init(origin, picture.Scaled(size), scale);
 }
 
-void TreeMap::Draw(Point origin, Point size)
+void TreeMap::Draw(Point origin, Point size, float scale)
 {
-    if (!currentRoot_ || !currentRoot_->hasCache)
+    Layout::Draw(origin, size, scale);
+    if (!currentRoot || !currentRoot->cache)
         return;
-    const unsigned int mode = currentRoot_->lastMode;
-    if (!CanSliceAndDiceExpandNode(*currentRoot_, mode, size, nullptr) &&
-        CanLayoutChildrenInGrid(*currentRoot_, size))
-        LayoutChildrenInGrid(origin, size);
+    Cache& cache = *currentRoot->cache;
+    const unsigned int mode = cache.lastMode;
+    if (!CanSliceAndDiceExpandNode(cache, mode, size, nullptr) &&
+        CanLayoutChildrenInGrid(cache, size))
+        LayoutChildrenInGrid(origin, size, scale);
     else
-        SliceAndDice(mode, origin, size);
+        SliceAndDice(mode, origin, size, scale);
+    SetCurrentSelection(selection);
 }
 
-void TreeMap::SetCurrentRoot(Node& node)
-{
-    if (&node == currentRoot_)
-        return;
-    const Node* const former = currentRoot_;
-    const bool redraws = former && former->hasCache;
-    const Point position = former ? former->position : Point();
-    const Point size = former ? former->size : Point();
-    if (redraws)
-        ResetView(*currentRoot_);
-    currentRoot_ = &node;
-    if (redraws)
-        Draw(position, size);
-}
-
-}  // namespace mapReference
+}  // namespace layoutReference
