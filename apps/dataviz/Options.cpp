@@ -109,9 +109,11 @@ std::string CheckFormat(const std::string& format, RenderOptions& options)
         options.format = PictureFileFormat::Pdf;
     else if (name == "json")
         options.format = PictureFileFormat::Json;
+    else if (name == "html")
+        options.format = PictureFileFormat::Html;
     else
         return options.output +
-               ": the name does not end in .png, .svg, .pdf or .json; give --format";
+               ": the name does not end in .png, .svg, .pdf, .json or .html; give --format";
     return {};
 }
 
@@ -206,7 +208,7 @@ CLI::App* AddRender(CLI::App& program, RenderOptions& options, RawRender& raw,
         ->type_name("OUTPUT")
         ->required();
     command->add_option("--format", raw.format, "Instead of the one that OUTPUT's name ends in")
-        ->check(CLI::IsMember({"png", "svg", "pdf", "json"}));
+        ->check(CLI::IsMember({"png", "svg", "pdf", "json", "html"}));
     command->add_option("--layout", options.layout, "The layout")
         ->check(CLI::IsMember({"treemap"}))
         ->capture_default_str();

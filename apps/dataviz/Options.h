@@ -21,7 +21,7 @@ struct ModelOptions {
 /// Whether to say on standard error how far the work is.
 enum class ProgressMode { WhenTerminal, Always, Never };
 
-enum class PictureFileFormat { Png, Svg, Pdf, Json };
+enum class PictureFileFormat { Png, Svg, Pdf, Json, Html };
 
 struct RenderOptions {
     std::string input;

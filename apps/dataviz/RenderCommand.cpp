@@ -8,6 +8,7 @@
 #include "EventScript.h"
 #include "FileWriting.h"
 #include "GeometryJson.h"
+#include "HtmlPage.h"
 #include "InputTree.h"
 #include "Picture.h"
 
@@ -43,8 +44,16 @@ std::string PaintTo(const std::string& path, const Picture& picture, const Rende
         format = paint::PictureFormat::Svg;
     else if (options.format == PictureFileFormat::Pdf)
         format = paint::PictureFormat::Pdf;
+    std::optional<HtmlPage> page;
+    if (options.format == PictureFileFormat::Html) {
+        format = paint::PictureFormat::SvgElement;
+        page.emplace(picture, options, wanted.width, wanted.height);
+        wanted.groupStart = [&page](const KUV2DBagRep& bag) { return page->GroupStart(bag); };
+    }
     std::string bytes;
     std::string problem = paint::PaintPicture(picture.Scene(), wanted, format, bytes);
+    if (problem.empty() && page)
+        bytes = page->Around(bytes);
     if (problem.empty()) {
         problem = WriteFile(
             path, [&](std::FILE* file) { std::fwrite(bytes.data(), 1, bytes.size(), file); });

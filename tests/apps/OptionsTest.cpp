@@ -98,7 +98,7 @@ TEST(Options, FindTheFormatInTheNameOrTakeTheOneGiven)
     EXPECT_EQ(UsageError({"render", "in", "-o", "-"}),
               "--format is needed to write to standard output");
     EXPECT_EQ(UsageError({"render", "in", "-o", "a.bmp"}),
-              "a.bmp: the name does not end in .png, .svg, .pdf or .json; give --format");
+              "a.bmp: the name does not end in .png, .svg, .pdf, .json or .html; give --format");
 }
 
 TEST(Options, RefuseSizesThatAreNotWholeNumbersOfAtLeastOne)

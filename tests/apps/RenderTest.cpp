@@ -330,9 +330,9 @@ TEST(Render, RefusesAPngThatIsTooLarge)
 
 TEST(Render, ExitsWithTwoOnWrongUsage)
 {
-    EXPECT_EQ(
-        ErrorLine({"render", "in.json", "-o", "out.html"}, 2),
-        "dataviz: out.html: the name does not end in .png, .svg, .pdf or .json; give --format");
+    EXPECT_EQ(ErrorLine({"render", "in.json", "-o", "out.gif"}, 2),
+              "dataviz: out.gif: the name does not end in .png, .svg, .pdf, .json or .html; "
+              "give --format");
     EXPECT_EQ(ErrorLine({"render"}, 2), "dataviz: INPUT is required");
 }
 

@@ -1,0 +1,481 @@
+#include "HtmlPage.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <set>
+
+#include <QByteArray>
+#include <QCryptographicHash>
+#include <nlohmann/json.hpp>
+
+#include "HtmlPageFiles.h"
+
+#include "KUV2D.h"
+#include "VisDataTree.h"
+#include "VisTreeSpaceFillingLayout.h"
+#include "VisTreeSpaceFillingLayoutCache.h"
+#include "VisTreeSpaceFillingView.h"
+#include "paint/LabelFonts.h"
+
+namespace dataviz {
+
+namespace {
+
+using Cache = VisTreeSpaceFillingLayoutCache;
+
+/// What a view shows, as far as the page cares.
+struct Shown {
+    const KUV2DPolygonRep* fill = nullptr;
+    const KUV2DImagePixelRep* image = nullptr;  // the first one, which is the background if any is
+    const KUV2DAnnotationTextRep* label = nullptr;
+    bool isEmpty = true;
+};
+
+Shown ReadBag(const KUV2DBagRep* bag)
+{
+    Shown shown;
+    const list<KUVRep>* const reps = bag != nullptr ? bag->GetChildren() : nullptr;
+    for (int i = 0; reps != nullptr && (*reps)[i] != nullptr; ++i) {
+        const KUVRep* const rep = (*reps)[i];
+        shown.isEmpty = false;
+        if (const auto* const polygon = dynamic_cast<const KUV2DPolygonRep*>(rep)) {
+            if (polygon->IsFilled() != 0)
+                shown.fill = polygon;
+        } else if (const auto* const image = dynamic_cast<const KUV2DImagePixelRep*>(rep)) {
+            if (shown.image == nullptr && i == 0)
+                shown.image = image;
+        } else if (const auto* const text = dynamic_cast<const KUV2DAnnotationTextRep*>(rep)) {
+            shown.label = text;
+        }
+    }
+    return shown;
+}
+
+const Cache* CacheOf(const VisDataTree& node) { return static_cast<const Cache*>(node.GetCache()); }
+
+Shown ReadNode(const VisDataTree& node)
+{
+    const Cache* const cache = CacheOf(node);
+    const VisTreeSpaceFillingView* const view = cache != nullptr ? cache->GetView() : nullptr;
+    return view != nullptr ? ReadBag(view->GetBagRep()) : Shown();
+}
+
+std::string HexColor(unsigned int red, unsigned int green, unsigned int blue)
+{
+    constexpr const char* DIGITS = "0123456789abcdef";
+    std::string text = "#";
+    for (const unsigned int part : {red, green, blue}) {
+        text += DIGITS[part >> 4U & 15U];
+        text += DIGITS[part & 15U];
+    }
+    return text;
+}
+
+/// The colour of a closed node's label band, which is the top of its image; empty without pixels.
+std::string BandColor(const KUV2DImagePixelRep& rep)
+{
+    int width = 0;
+    int height = 0;
+    if (rep.GetImage() != nullptr)
+        rep.GetImage()->GetSize(width, height);
+    const unsigned char* const row =
+        width > 0 && height > 0 ? rep.GetImage()->GetRow(height - 1) : nullptr;
+    return row != nullptr ? HexColor(row[0], row[1], row[2]) : std::string();
+}
+
+// ---- texts
+
+std::string ShownText(const KUVUnicodeString& text) { return paint::ShownText(text).toStdString(); }
+
+/// For element content and quoted attributes.
+std::string Escaped(const std::string& text)
+{
+    return QString::fromStdString(text)
+        .toHtmlEscaped()
+        .replace(u'\'', QLatin1String("&#39;"))
+        .toStdString();
+}
+
+/// A JSON string that may stand in a script element: nothing in it ends the element.
+std::string JsonText(const std::string& text)
+{
+    using Json = nlohmann::json;
+    std::string json = Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
+    for (std::size_t at = json.find('<'); at != std::string::npos; at = json.find('<', at))
+        json.replace(at, 1, "\\u003c");
+    return json;
+}
+
+std::string Grouped(std::uint64_t number)
+{
+    std::string digits = std::to_string(number);
+    for (std::size_t at = digits.size(); at > 3;)
+        digits.insert(at -= 3, 1, ',');
+    return digits;
+}
+
+std::string Count(std::uint64_t number, const std::string& one)
+{
+    return Grouped(number) + ' ' + one + (number == 1 ? "" : "s");
+}
+
+/// Beyond 2^53 the page's script would round a number.
+std::string JsonNumber(std::int64_t number)
+{
+    constexpr std::int64_t EXACT = std::int64_t{1} << 53U;
+    const std::string digits = std::to_string(number);
+    return number > EXACT || number < -EXACT ? '"' + digits + '"' : digits;
+}
+
+std::int64_t SizeValue(const VisDataTree& node)
+{
+    return node.GetCache() != nullptr ? node.GetCache()->GetSizeValue() : 0;
+}
+
+std::string FileName(const std::string& input)
+{
+    const std::string name =
+        input == "-" ? "standard input" : std::filesystem::path(input).filename().string();
+    return ShownText(KUVUnicodeString(name));
+}
+
+// ---- numbers
+
+/// The first pixel whose centre is not before `position`, as the painter takes it.
+int FirstPixel(float position)
+{
+    constexpr float FAR_AWAY = 1 << 28;
+    if (!(std::abs(position) <= FAR_AWAY))
+        return 0;
+    return static_cast<int>(std::ceil(static_cast<double>(position) - 0.5));
+}
+
+std::string Term(const std::string& name, const std::string& meaning)
+{
+    return "<dt>" + name + "</dt>\n<dd>" + meaning + "</dd>\n";
+}
+
+}  // namespace
+
+// ---- what is in the file
+
+HtmlPage::HtmlPage(const Picture& picture, const RenderOptions& options, int pixelWidth,
+                   int pixelHeight)
+    : picture_(picture), options_(options), pixelWidth_(pixelWidth), pixelHeight_(pixelHeight)
+{
+    Collect();
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
+        if (!entries_[i].isDrawn)
+            continue;
+        ++drawnCount_;
+        entryOfBag_.emplace(CacheOf(*entries_[i].node)->GetView()->GetBagRep(), i);
+    }
+}
+
+/// A view with pieces is drawn. The nodes of a cushion picture share one image instead, the views
+/// below the current root being empty until they are selected.
+bool HtmlPage::IsDrawn(const VisDataTree& node, bool isBelowRoot) const
+{
+    const Cache* const cache = CacheOf(node);
+    if (cache == nullptr || cache->GetView() == nullptr || cache->GetView()->GetBagRep() == nullptr)
+        return false;
+    const bool isShown = !ReadNode(node).isEmpty || (options_.layout == "cushion" && isBelowRoot);
+    const Box box = BoxOf(node);
+    return isShown && box.width > 0 && box.height > 0;
+}
+
+/// All nodes in pre-order, with the way to their parents, and whether they are drawn.
+std::vector<HtmlPage::Entry> HtmlPage::AllNodes() const
+{
+    const std::vector<VisDataTree*>& nodes = picture_.Tree().Nodes();
+    const VisDataTree* const root = picture_.Layout().GetCurrentRoot();
+    std::vector<Entry> all;
+    all.reserve(nodes.size());
+    std::vector<std::size_t> open;  // the way down to the node
+    std::size_t rootLevel = nodes.size();
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        while (!open.empty() && nodes[open.back()] != nodes[i]->GetParent())
+            open.pop_back();
+        if (open.size() <= rootLevel)
+            rootLevel = nodes[i] == root ? open.size() : nodes.size();
+        Entry entry;
+        entry.node = nodes[i];
+        entry.parent = open.empty() ? Entry::NO_PARENT : open.back();
+        entry.level = open.size();
+        entry.isDrawn = IsDrawn(*nodes[i], /*isBelowRoot=*/rootLevel < nodes.size());
+        all.push_back(entry);
+        open.push_back(i);
+    }
+    return all;
+}
+
+void HtmlPage::Collect()
+{
+    std::vector<Entry> all = AllNodes();
+    std::vector<bool> isKept(all.size());
+    for (std::size_t i = all.size(); i-- > 0;) {
+        isKept[i] = isKept[i] || all[i].isDrawn;
+        if (all[i].parent == Entry::NO_PARENT)
+            continue;
+        Entry& parent = all[all[i].parent];
+        isKept[all[i].parent] = isKept[all[i].parent] || isKept[i];
+        parent.below += all[i].below + (isKept[i] ? 0 : 1);
+    }
+    std::vector<std::size_t> numbers(all.size());
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        if (!isKept[i])
+            continue;
+        numbers[i] = entries_.size();
+        entries_.push_back(all[i]);
+        if (all[i].parent != Entry::NO_PARENT)
+            entries_.back().parent = numbers[all[i].parent];
+    }
+}
+
+/// As the painter places a rectangle of the node's extent.
+HtmlPage::Box HtmlPage::BoxOf(const VisDataTree& node) const
+{
+    const Cache& cache = *CacheOf(node);
+    const KUVMathPoint2Df& position = cache.GetPos();
+    const KUVMathPoint2Df& size = cache.GetSize();
+    const float scale = options_.scale;
+    const float left = (position.x - options_.originX) * scale + options_.originX;
+    const float bottom = (position.y - options_.originY) * scale + options_.originY;
+    Box box;
+    box.left = FirstPixel(left);
+    box.top = pixelHeight_ - FirstPixel(bottom + size.y * scale);
+    box.width = FirstPixel(left + size.x * scale) - box.left;
+    box.height = pixelHeight_ - FirstPixel(bottom) - box.top;
+    return box;
+}
+
+std::string HtmlPage::GroupStart(const KUV2DBagRep& bag) const
+{
+    const auto found = entryOfBag_.find(&bag);
+    if (found == entryOfBag_.end())
+        return {};
+    std::string start = "<g id=\"n" + std::to_string(found->second) + "\">";
+    const Shown shown = ReadBag(&bag);
+    if (shown.fill != nullptr || shown.image != nullptr)
+        return start;
+    const Box box = BoxOf(*entries_[found->second].node);
+    return start + "<rect class=\"a\" x=\"" + std::to_string(box.left) + "\" y=\"" +
+           std::to_string(box.top) + "\" width=\"" + std::to_string(box.width) + "\" height=\"" +
+           std::to_string(box.height) + "\"/>";
+}
+
+// ---- the page's texts
+
+std::string HtmlPage::Title() const
+{
+    const std::string label = ShownText(picture_.Tree().Root()->GetLabel());
+    return label.empty() ? FileName(options_.input) : label;
+}
+
+std::string HtmlPage::Facts() const
+{
+    const std::string name = options_.layout == "treemap"   ? "tree map"
+                             : options_.layout == "cushion" ? "cushion tree map"
+                             : options_.layout == "icicle"  ? "icicle plot"
+                                                            : options_.layout;
+    const auto value =
+        static_cast<std::uint64_t>(std::max<std::int64_t>(0, SizeValue(*picture_.Tree().Root())));
+    const std::size_t all = picture_.Tree().Nodes().size();
+    const std::string separator = " &middot; ";
+    std::string facts = Escaped(FileName(options_.input)) + separator + name + separator;
+    facts += picture_.Tree().IsModel() ? Count(value, "triangle") : "value " + Grouped(value);
+    facts += separator + Count(all, "node");
+    if (drawnCount_ < all)
+        facts += ", " + Grouped(drawnCount_) + " of them drawn";
+    return facts;
+}
+
+/// A swatch for each of the colours that the levels have in turn.
+std::string HtmlPage::LevelColors() const
+{
+    std::string swatches;
+    std::set<std::string> known;
+    std::size_t next = 0;
+    bool isFirst = true;
+    std::vector<const Entry*> byLevel;
+    for (const Entry& entry : entries_)
+        byLevel.push_back(&entry);
+    std::stable_sort(byLevel.begin(), byLevel.end(),
+                     [](const Entry* a, const Entry* b) { return a->level < b->level; });
+    for (const Entry* const entry : byLevel) {
+        const Shown shown = ReadNode(*entry->node);
+        if (!entry->isDrawn || (!isFirst && entry->level < next) || shown.fill == nullptr)
+            continue;
+        const KUVColor color = shown.fill->GetColor();
+        const std::string hex = HexColor(color.r, color.g, color.b);
+        isFirst = false;
+        next = entry->level + 1;
+        if (!known.insert(hex).second)
+            break;
+        const bool isBright = color.r + color.g + color.b > 384;
+        swatches += "<span class=\"swatch\" style=\"background:" + hex +
+                    ";color:" + (isBright ? "#000000" : "#ffffff") + "\">" +
+                    std::to_string(entry->level) + "</span>";
+    }
+    return "<span class=\"swatches\">" + swatches + "</span>";
+}
+
+std::string HtmlPage::Legend() const
+{
+    const bool isModel = picture_.Tree().IsModel();
+    const VisDataTree::VisDataTreeCache& root = *picture_.Tree().Root()->GetCache();
+    const std::string measure = isModel ? "triangles" : "value";
+    std::string size;
+    if (options_.layout == "cushion")
+        size = root.ResizeWithValue() != 0
+                   ? "Areas are in proportion to the " + measure + " of the leaves in them."
+                   : "Areas are in proportion to the number of leaves in them, whatever their " +
+                         measure + ".";
+    else if (options_.layout == "icicle")
+        size =
+            "Columns are levels, and all leaves end in the last one. Heights follow the room that "
+            "the leaves need: they are no measure of the " +
+            measure + ".";
+    else
+        size =
+            "Each rectangle has the room that the labels inside it need: areas are no measure of "
+            "the " +
+            measure + ".";
+    std::string color;
+    if (options_.layout == "cushion")
+        color = root.ColorWithValue() != 0
+                    ? "The colour number of each leaf: eight colours, and white for any other "
+                      "number. The shading shows what belongs together."
+                    : "None. The shading shows what belongs together.";
+    else if (root.ColorWithValue() != 0 || root.ResizeWithValue() != 0)
+        color = std::string("Share of the root's ") +
+                (root.ColorWithValue() != 0 && !isModel ? "colour value" : measure) +
+                ": the lighter, the heavier; white is as heavy as the root.";
+    else
+        color = LevelColors() + " The level below the root, in turn.";
+    std::string legend = Term("Size", size) + Term("Colour", color);
+    if (std::any_of(entries_.begin(), entries_.end(), [](const Entry& entry) {
+            return entry.isDrawn && ReadNode(*entry.node).image != nullptr &&
+                   CacheOf(*entry.node)->IsExpanded() == 0;
+        }))
+        legend +=
+            Term("Grid of squares", "What is inside found no room; a larger picture opens it.");
+    return legend;
+}
+
+// ---- the nodes' data
+
+/// [parent, label (0 for the one in the picture), value, nodes below that are not in the file,
+/// colour of a closed node]; what is 0 or empty at the end is left out.
+std::string HtmlPage::DataRow(const Entry& entry) const
+{
+    const Shown shown = entry.isDrawn ? ReadNode(*entry.node) : Shown();
+    const std::string label = ShownText(entry.node->GetLabel());
+    const bool isInPicture =
+        shown.label != nullptr && !label.empty() && ShownText(shown.label->GetText()) == label;
+    std::string row =
+        '[' + (entry.parent == Entry::NO_PARENT ? "-1" : std::to_string(entry.parent)) + ',' +
+        (isInPicture ? "0" : JsonText(label)) + ',' + JsonNumber(SizeValue(*entry.node));
+    const bool isClosed = shown.image != nullptr && CacheOf(*entry.node)->IsExpanded() == 0;
+    const std::string color = isClosed ? BandColor(*shown.image) : std::string();
+    if (entry.below > 0 || !color.empty())
+        row += ',' + std::to_string(entry.below);
+    if (!color.empty())
+        row += ",\"" + color + '"';
+    return row + ']';
+}
+
+/// The labels that stand out because their node is selected or highlighted, with the colour that
+/// they have otherwise.
+std::string HtmlPage::ActiveLabels() const
+{
+    std::string active;
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
+        if (!entries_[i].isDrawn)
+            continue;
+        const VisTreeSpaceFillingView& view = *CacheOf(*entries_[i].node)->GetView();
+        if (view.GetSelectionStatus() == 0 && view.GetHighlightStatus() == 0)
+            continue;
+        const char* const color = view.IsBright() == 0                    ? "#ffffff"
+                                  : entries_[i].node->IsLeafObject() != 0 ? "#77797c"
+                                                                          : "#000000";
+        active += (active.empty() ? "[" : ",[") + std::to_string(i) + ",\"" + color + "\"]";
+    }
+    return '[' + active + ']';
+}
+
+std::string HtmlPage::Data() const
+{
+    const VisDataTree* const selection = picture_.Layout().GetCurrentSelection();
+    std::int64_t selected = -1;
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
+        if (entries_[i].node == selection && entries_[i].isDrawn)
+            selected = static_cast<std::int64_t>(i);
+    }
+    std::string data = "{\"title\":" + JsonText(Title()) + ",\"unit\":\"" +
+                       (picture_.Tree().IsModel() ? "triangles" : "value") +
+                       "\",\"total\":" + JsonNumber(SizeValue(*picture_.Tree().Root())) +
+                       ",\"selected\":" + std::to_string(selected) +
+                       ",\"active\":" + ActiveLabels() + ",\"nodes\":[\n";
+    for (std::size_t i = 0; i < entries_.size(); ++i)
+        data += (i > 0 ? ",\n" : "") + DataRow(entries_[i]);
+    return data + "]}";
+}
+
+// ---- the file
+
+std::string HtmlPage::Value(const std::string& name, const std::string& svg) const
+{
+    if (name == "svg")
+        return svg;
+    if (name == "data")
+        return Data();
+    if (name == "script")
+        return PAGE_SCRIPT;
+    if (name == "style")
+        return PAGE_STYLE;
+    if (name == "title")
+        return Escaped(Title());
+    if (name == "facts")
+        return Facts();
+    if (name == "legend")
+        return Legend();
+    if (name == "version")
+        return KUV_VERSION;
+    if (name == "orientation")
+        return pixelWidth_ > pixelHeight_ ? "landscape" : "portrait";
+    constexpr int TALL = 3;
+    if (name == "pictureAttributes")
+        return " style=\"max-width:" +
+               std::to_string(std::max(
+                   1, static_cast<int>(static_cast<float>(pixelWidth_) / options_.scale))) +
+               "px\"" + (pixelHeight_ / TALL > pixelWidth_ ? " class=\"tall\"" : "");
+    if (name == "scriptHash") {
+        // The script element holds a line break before the script.
+        const QByteArray script = QByteArray("\n") + PAGE_SCRIPT;
+        return "sha256-" + QCryptographicHash::hash(script, QCryptographicHash::Sha256)
+                               .toBase64()
+                               .toStdString();
+    }
+    return {};
+}
+
+std::string HtmlPage::Around(const std::string& svg) const
+{
+    const std::string frame = PAGE_FRAME;
+    std::string page;
+    page.reserve(svg.size() + svg.size() / 2);
+    std::size_t at = 0;
+    for (std::size_t open = frame.find("{{"); open != std::string::npos;
+         open = frame.find("{{", at)) {
+        const std::size_t close = frame.find("}}", open);
+        page.append(frame, at, open - at);
+        page += Value(frame.substr(open + 2, close - open - 2), svg);
+        at = close + 2;
+    }
+    page.append(frame, at);
+    return page;
+}
+
+}  // namespace dataviz
