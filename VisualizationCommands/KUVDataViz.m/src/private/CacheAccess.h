@@ -66,6 +66,13 @@ struct VisCacheAccess {
             cache->childOrder_ = VisChildOrder::Unknown;
     }
 
+    /// What a reset does to one cache, without those above it.
+    static void ResetAlone(VisDataTree::VisDataTreeCache& cache)
+    {
+        cache.hiddenBelow_ = 0;
+        cache.InternalResetCache();
+    }
+
     /// The cache of `node` when there is one and it is a layout's; else null.
     static VisTreeSpaceFillingLayoutCache* LayoutCacheOf(const VisDataTree* node)
     {

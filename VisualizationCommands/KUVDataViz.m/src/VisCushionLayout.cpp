@@ -1,0 +1,508 @@
+#include "VisCushionLayout.h"
+
+#include "private/CacheAccess.h"
+#include "private/ChildOrder.h"
+#include "private/CushionGeometry.h"
+#include "private/CushionRectangles.h"
+#include "private/CushionShading.h"
+#include "private/NodeTextures.h"
+#include "private/Reference.h"
+#include "private/SaturatingCast.h"
+#include "private/TreeEpoch.h"
+
+#include "VisDataTree.h"
+#include "VisTreeSpaceFillingView.h"
+
+#include "KUV2D.h"
+
+#include <algorithm>
+#include <iterator>
+#include <limits>
+#include <memory>
+#include <new>
+#include <vector>
+
+using CushionCache = VisCushionLayout::VisCushionLayoutCache;
+using CushionGeometry::LocalRectangle;
+using CushionGeometry::Span;
+using CushionGeometry::Strips;
+using CushionGeometry::Surface;
+
+KUV_IMPLEMENT_CLASS(VisCushionLayout, VisTreeSpaceFillingLayout, "VisualizationCommands")
+
+// The eight colours of ColorBrewer's qualitative scheme Accent, then white.
+const unsigned int VisCushionLayout::COLOR_MAP[9] = {0x7FC97FU, 0xBEAED4U, 0xFDC086U,
+                                                     0xFFFF99U, 0x386CB0U, 0xF0027FU,
+                                                     0xBF5B17U, 0x666666U, 0xFFFFFFU};
+const unsigned int VisCushionLayout::MAX_COLOR_MAP = 8;
+
+static_assert(VisCushionLayout::MAX_COLOR_MAP + 1 == std::size(VisCushionLayout::COLOR_MAP),
+              "white is the last entry");
+
+// ---- access
+
+/// Reads and writes what only the layout may in the caches.
+struct CushionAccess {
+    static Surface SurfaceOf(const CushionCache& cache)
+    {
+        const float* const surface = cache.surface_;
+        return {{surface[0], surface[1]}, {surface[2], surface[3]}};
+    }
+    static void StoreCushion(CushionCache& cache, VisTreeMap_SliceDice mode, const Surface& surface,
+                             float height, float factor)
+    {
+        cache.surface_[0] = surface.x.linear;
+        cache.surface_[1] = surface.x.quadratic;
+        cache.surface_[2] = surface.y.linear;
+        cache.surface_[3] = surface.y.quadratic;
+        cache.height_ = height;
+        cache.scaleFactor_ = factor;
+        cache.cushionComputed_ = 1;
+        cache.lastMode_ = mode;
+    }
+    static void SetSubtreeValue(CushionCache& cache, long long value)
+    {
+        cache.subtreeValue_ = value;
+    }
+};
+
+namespace {
+
+/// The cache of `node` when there is one and it is a cushion tree map's; else null.
+CushionCache* CushionCacheOf(const VisDataTree* node)
+{
+    VisDataTree::VisDataTreeCache* const cache = node ? node->GetCache() : nullptr;
+    if (!cache || VisCacheAccess::Kind(*cache) != VisCacheKind::Cushion)
+        return nullptr;
+    return static_cast<CushionCache*>(cache);
+}
+
+unsigned int ColourOf(const CushionCache& cache)
+{
+    const long long white = VisCushionLayout::MAX_COLOR_MAP;
+    const long long index = cache.ColorWithValue() != 0 ? cache.GetColorValue() : white;
+    const bool isKnown = index >= 0 && index < white;
+    return VisCushionLayout::COLOR_MAP[isKnown ? index : white];
+}
+
+// ---- values
+
+long long LeafValueOf(const CushionCache& cache)
+{
+    return cache.ResizeWithValue() != 0 ? std::max(cache.GetSizeValue(), 0LL) : 1;
+}
+
+/// Of values that are not negative.
+long long SaturatingSum(long long a, long long b)
+{
+    constexpr long long LARGEST = std::numeric_limits<long long>::max();
+    return a > LARGEST - b ? LARGEST : a + b;
+}
+
+/// Adds up the values of a subtree with a stack of its own. What has no cushion cache does not show
+/// and weighs nothing.
+class ValueWalk {
+public:
+    void Run(VisDataTree& root, CushionCache& cache)
+    {
+        Enter(root, cache);
+        while (!open_.empty()) {
+            Sum& sum = open_.back();
+            if (sum.next < sum.children->size()) {
+                VisDataTree* const child = (*sum.children)[sum.next++];
+                if (CushionCache* const childCache = CushionCacheOf(child))
+                    Enter(*child, *childCache);
+                continue;
+            }
+            const long long value = sum.value;
+            CushionAccess::SetSubtreeValue(*sum.cache, value);
+            open_.pop_back();
+            Add(value);
+        }
+    }
+
+private:
+    struct Sum {
+        CushionCache* cache;
+        const std::vector<VisDataTree*>* children;
+        std::size_t next;
+        long long value;
+    };
+
+    void Enter(VisDataTree& node, CushionCache& cache)
+    {
+        if (!node.GetChildren().empty()) {
+            open_.push_back({&cache, &node.GetChildren(), 0, 0});
+            return;
+        }
+        const long long value = LeafValueOf(cache);
+        CushionAccess::SetSubtreeValue(cache, value);
+        Add(value);
+    }
+
+    void Add(long long value)
+    {
+        if (!open_.empty())
+            open_.back().value = SaturatingSum(open_.back().value, value);
+    }
+
+    std::vector<Sum> open_;
+};
+
+// ---- surfaces and rectangles
+
+/// A node to lay out: how it was cut from its parent and what it inherits.
+struct Place {
+    VisTreeMap_SliceDice mode;
+    KUVMathPoint2Df position;
+    KUVMathPoint2Df size;
+    float height;
+    float factor;
+    Surface surface;
+};
+
+/// Visits the nodes that a drawing shows, a node before its children, and stores the geometry of
+/// each in its cache.
+///
+/// `Maker` says what becomes of a node: `Show(cache)`, `ShadeLeaf(cache, rectangle)` for those
+/// without children, with the rectangle as seen from the origin, and `Draw(node, cache)` behind
+/// its children.
+template <class Maker>
+class CushionWalk {
+public:
+    CushionWalk(Maker& maker, const KUVMathPoint2Df& origin) : maker_(maker), origin_(origin) {}
+
+    void Run(VisDataTree& root, CushionCache& cache, VisTreeMap_SliceDice mode,
+             const KUVMathPoint2Df& size)
+    {
+        Place place{
+            mode, origin_, size, CushionGeometry::INITIAL_HEIGHT, CushionGeometry::HEIGHT_FACTOR,
+            {}};
+        if (cache.IsCushionComputed() != 0) {
+            place.height = cache.GetHeight();
+            place.factor = cache.GetScaleFactor();
+            place.surface = CushionAccess::SurfaceOf(cache);
+        } else {
+            ValueWalk().Run(root, cache);
+        }
+        Visit(root, cache, place, CushionGeometry::LocalTo(origin_, origin_, size));
+        while (!open_.empty())
+            VisitNextChild(open_.back());
+    }
+
+private:
+    /// A node whose children are being laid out.
+    struct Opened {
+        VisDataTree* node;
+        CushionCache* cache;
+        std::size_t next;
+        LocalRectangle rectangle;
+        Strips strips;
+        VisTreeMap_SliceDice childMode;
+        float childHeight;
+        float factor;
+        Surface surface;
+        VisChildOrderCheck order;
+    };
+
+    void VisitNextChild(Opened& parent)
+    {
+        const std::vector<VisDataTree*>& children = parent.node->GetChildren();
+        if (parent.next == children.size()) {
+            parent.order.Note(*parent.cache);
+            maker_.Draw(*parent.node, *parent.cache);
+            open_.pop_back();
+            return;
+        }
+        VisDataTree* const child = children[parent.next++];
+        CushionCache* const cache = CushionCacheOf(child);
+        if (!cache) {
+            if (VisCacheAccess::LayoutCacheOf(child))
+                parent.order.Break();
+            return;
+        }
+        LocalRectangle strip = parent.rectangle;
+        strip.Along(parent.childMode) = parent.strips.Next(cache->GetSubtreeValue());
+        Place place{parent.childMode,
+                    {strip.x.begin + origin_.x, strip.y.begin + origin_.y},
+                    {strip.x.end - strip.x.begin, strip.y.end - strip.y.begin},
+                    parent.childHeight,
+                    parent.factor,
+                    parent.surface};
+        parent.order.Add(*parent.node, *child, *cache, place.position, place.size);
+        const LocalRectangle rectangle =
+            CushionGeometry::LocalTo(origin_, place.position, place.size);
+        LocalRectangle ridge = rectangle;
+        place.surface.Along(place.mode).AddRidge(place.height, ridge.Along(place.mode));
+        Visit(*child, *cache, place, rectangle);
+    }
+
+    void Visit(VisDataTree& node, CushionCache& cache, const Place& place,
+               const LocalRectangle& rectangle)
+    {
+        VisCacheAccess::SetPosition(cache, place.position);
+        VisCacheAccess::SetSize(cache, place.size);
+        VisCacheAccess::ChildOrder(cache) = VisChildOrder::Unknown;
+        CushionAccess::StoreCushion(cache, place.mode, place.surface, place.height, place.factor);
+        maker_.Show(cache);
+        if (node.GetChildren().empty()) {
+            maker_.ShadeLeaf(cache, rectangle);
+            maker_.Draw(node, cache);
+            return;
+        }
+        const VisTreeMap_SliceDice childMode = CushionGeometry::ChildModeOf(place.mode);
+        LocalRectangle whole = rectangle;
+        open_.push_back({&node, &cache, 0, rectangle,
+                         Strips(whole.Along(childMode), cache.GetSubtreeValue()), childMode,
+                         place.height * place.factor, place.factor, place.surface,
+                         VisChildOrderCheck(CushionGeometry::AxisOf(childMode))});
+    }
+
+    Maker& maker_;
+    KUVMathPoint2Df origin_;
+    std::vector<Opened> open_;
+};
+
+/// Makes neither views nor pixels: the walk leaves nothing but geometry.
+struct GeometryOnly {
+    void Show(CushionCache& /*cache*/) {}
+    void ShadeLeaf(CushionCache& /*cache*/, const LocalRectangle& /*rectangle*/) {}
+    void Draw(VisDataTree& /*node*/, CushionCache& /*cache*/) {}
+};
+
+/// Whatever caches were known to have nothing to reset may have something when this ends.
+struct ComputedCushions {
+    ComputedCushions() = default;
+    ~ComputedCushions() { VisTreeEpoch::Advance(); }
+    ComputedCushions(const ComputedCushions&) = delete;
+    ComputedCushions& operator=(const ComputedCushions&) = delete;
+};
+
+/// Something shows below every ancestor of `node` from now on.
+void ShowsBelowAncestors(VisDataTree& node)
+{
+    for (VisDataTree* above = node.GetParent(); above; above = above->GetParent()) {
+        if (VisDataTree::VisDataTreeCache* const cache = above->GetCache())
+            VisCacheAccess::HiddenBelow(*cache) = 0;
+    }
+}
+
+struct FreePixels {
+    void operator()(unsigned char* pixels) const { KUVFreePixels(pixels); }
+};
+using PixelBuffer = std::unique_ptr<unsigned char[], FreePixels>;
+
+KUVMathPoint2Df ScaleAbout(const KUVMathPoint2Df& origin, const KUVMathPoint2Df& position,
+                           float scale)
+{
+    return {(position.x - origin.x) * scale + origin.x, (position.y - origin.y) * scale + origin.y};
+}
+
+}  // namespace
+
+void LayOutCushions(VisDataTree* root, VisTreeMap_SliceDice mode, const KUVMathPoint2Df& origin,
+                    const KUVMathPoint2Df& size)
+{
+    CushionCache* const cache = CushionCacheOf(root);
+    if (!cache)
+        return;
+    const ComputedCushions computed;
+    GeometryOnly none;
+    CushionWalk<GeometryOnly>(none, origin).Run(*root, *cache, mode, size);
+}
+
+// ---- VisCushionLayoutCache
+
+VisCushionLayout::VisCushionLayoutCache::VisCushionLayoutCache(VisDataTree* node)
+    : VisTreeSpaceFillingLayoutCache(node)
+{
+    VisCacheAccess::SetKind(*this, VisCacheKind::Cushion);
+}
+
+VisCushionLayout::VisCushionLayoutCache::VisCushionLayoutCache(VisCushionLayoutCache& other)
+    : VisTreeSpaceFillingLayoutCache(other), height_(other.height_),
+      scaleFactor_(other.scaleFactor_), subtreeValue_(other.subtreeValue_),
+      cushionComputed_(other.cushionComputed_), lastMode_(other.lastMode_)
+{
+    std::copy(std::begin(other.surface_), std::end(other.surface_), std::begin(surface_));
+    VisCacheAccess::SetKind(*this, VisCacheKind::Cushion);
+}
+
+VisCushionLayout::VisCushionLayoutCache&
+VisCushionLayout::VisCushionLayoutCache::operator=(VisCushionLayoutCache& other)
+{
+    if (this == &other)
+        return *this;
+    VisTreeSpaceFillingLayoutCache::operator=(other);
+    std::copy(std::begin(other.surface_), std::end(other.surface_), std::begin(surface_));
+    height_ = other.height_;
+    scaleFactor_ = other.scaleFactor_;
+    subtreeValue_ = other.subtreeValue_;
+    cushionComputed_ = other.cushionComputed_;
+    lastMode_ = other.lastMode_;
+    return *this;
+}
+
+VisCushionLayout::VisCushionLayoutCache::~VisCushionLayoutCache() = default;
+
+VisDataTree::VisDataTreeCache* VisCushionLayout::VisCushionLayoutCache::Clone()
+{
+    return new (std::nothrow) VisCushionLayoutCache(*this);
+}
+
+void VisCushionLayout::VisCushionLayoutCache::SetSizeValue(long long value)
+{
+    if (value != GetSizeValue())
+        ResetWithAncestors();
+    VisTreeSpaceFillingLayoutCache::SetSizeValue(value);
+}
+
+void VisCushionLayout::VisCushionLayoutCache::SetResizeWithValue(unsigned char resizeWithValue)
+{
+    if (resizeWithValue != ResizeWithValue())
+        ResetWithAncestors();
+    VisTreeSpaceFillingLayoutCache::SetResizeWithValue(resizeWithValue);
+}
+
+void VisCushionLayout::VisCushionLayoutCache::SetLastModeOfComputedMinimumExpandedSize(
+    VisTreeMap_SliceDice mode)
+{
+    if (lastMode_ == mode)
+        return;
+    lastMode_ = mode;
+    VisCacheAccess::SetComputedMinimumSize(*this, {-1.0f, -1.0f});
+}
+
+void VisCushionLayout::VisCushionLayoutCache::InternalResetCache()
+{
+    subtreeValue_ = 0;
+    cushionComputed_ = 0;
+    VisTreeSpaceFillingLayoutCache::InternalResetCache();
+}
+
+/// Resets this cache and those above it, as `ResetCache` does. Weighing a whole tree resets once
+/// for every node: the walk ends where everything above was reset already and nothing computed
+/// since, which keeps that linear in deep trees.
+void VisCushionLayout::VisCushionLayoutCache::ResetWithAncestors()
+{
+    const std::uint64_t now = VisTreeEpoch::current;
+    VisDataTreeCache* cache = this;
+    do {
+        VisCacheAccess::ResetAlone(*cache);
+        if (VisCacheAccess::Kind(*cache) == VisCacheKind::Cushion)
+            static_cast<VisCushionLayoutCache*>(cache)->quietEpoch_ = now;
+        cache = cache->GetCacheOfParent();
+    } while (cache && !(VisCacheAccess::Kind(*cache) == VisCacheKind::Cushion &&
+                        static_cast<VisCushionLayoutCache*>(cache)->quietEpoch_ == now));
+}
+
+// ---- VisCushionLayout
+
+/// Gives the nodes of a walk their views and shades the leaves into the picture.
+class VisCushionLayout::PictureMaker {
+public:
+    PictureMaker(VisCushionLayout& layout, const VisCushionLayoutCache& root,
+                 const KUVMathPoint2Df& origin, float scale, const CushionShading::Canvas& canvas)
+        : layout_(layout), root_(root), origin_(origin), scale_(scale), canvas_(canvas)
+    {
+    }
+
+    void Show(VisCushionLayoutCache& cache)
+    {
+        VisCacheAccess::Show(cache, /*expanded=*/1);
+        layout_.CreateView(&cache);
+    }
+
+    void ShadeLeaf(VisCushionLayoutCache& cache, const LocalRectangle& rectangle)
+    {
+        const LocalRectangle scaled{{rectangle.x.begin * scale_, rectangle.x.end * scale_},
+                                    {rectangle.y.begin * scale_, rectangle.y.end * scale_}};
+        const CushionShading::PixelBox box =
+            CushionShading::PixelsOf(scaled, canvas_.width, canvas_.height);
+        if (!box.IsEmpty())
+            CushionShading::Shade(canvas_, {box, CushionAccess::SurfaceOf(cache), ColourOf(cache)});
+    }
+
+    void Draw(VisDataTree& node, VisCushionLayoutCache& cache)
+    {
+        // The root's view is built at the end, with the picture.
+        VisTreeSpaceFillingView* const view = &cache == &root_ ? nullptr : cache.GetView();
+        if (view)
+            view->InitWithoutTexture(node.IsLeafObject(),
+                                     ScaleAbout(origin_, cache.GetPos(), scale_),
+                                     {cache.GetSize().x * scale_, cache.GetSize().y * scale_});
+    }
+
+private:
+    VisCushionLayout& layout_;
+    const VisCushionLayoutCache& root_;
+    KUVMathPoint2Df origin_;
+    float scale_;
+    CushionShading::Canvas canvas_;
+};
+
+VisCushionLayout::VisCushionLayout(KUVCommand* parent) : VisTreeSpaceFillingLayout(parent)
+{
+    SetEnableZoom(0);
+}
+
+VisCushionLayout::~VisCushionLayout() = default;
+
+VisCushionLayout* VisCushionLayout::CreateLayout(KUVCommand* parent, VisDataTree* root,
+                                                 KUV2DBagRep* bag)
+{
+    if (!root)
+        return nullptr;
+    try {
+        auto layout = VisReference<VisCushionLayout>::Adopt(new VisCushionLayout(parent));
+        layout->Init(root, bag);
+        return layout.Detach();
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+VisTreeSpaceFillingLayoutCache* VisCushionLayout::GenerateCache()
+{
+    return new (std::nothrow) VisCushionLayoutCache(nullptr);
+}
+
+void VisCushionLayout::Draw(const KUVMathPoint2Df& origin, const KUVMathPoint2Df& size,
+                            KUVCharacterFont* /*font*/, float scale)
+{
+    // Listeners of the selection may release the layout.
+    const auto self = VisReference<VisCushionLayout>::Retain(this);
+    const VisCushionLayoutCache* const cache = CushionCacheOf(GetCurrentRoot());
+    if (!cache)
+        return;
+    CushionTreemap(cache->GetLastModeOfComputedMinimumExpandedSize(), origin, size, scale);
+    SetCurrentSelection(GetCurrentSelection());
+}
+
+void VisCushionLayout::CushionTreemap(VisTreeMap_SliceDice mode, const KUVMathPoint2Df& origin,
+                                      const KUVMathPoint2Df& size, float scale)
+{
+    VisDataTree* const root = GetCurrentRoot();
+    VisCushionLayoutCache* const cache = CushionCacheOf(root);
+    if (!cache)
+        return;
+    const int width = TruncateToInt(scale * size.x);
+    const int height = TruncateToInt(scale * size.y);
+    PixelBuffer pixels(CreatePixels(width, height));
+    if (!pixels)
+        return;
+    const CushionShading::Canvas canvas{pixels.get(), width, height};
+    CushionShading::FillWhite(canvas, {0, width - 1, 0, height - 1});
+    ShowsBelowAncestors(*root);
+    {
+        const ComputedCushions computed;
+        PictureMaker maker(*this, *cache, origin, scale, canvas);
+        CushionWalk<PictureMaker>(maker, origin).Run(*root, *cache, mode, size);
+    }
+    if (VisTreeSpaceFillingView* const view = cache->GetView())
+        view->InitWithTexture(root->IsLeafObject(), ScaleAbout(origin, cache->GetPos(), scale),
+                              {static_cast<float>(width), static_cast<float>(height)},
+                              // The buffer was made as bytes; it only travels as words.
+                              reinterpret_cast<unsigned int*>(pixels.release()),
+                              /*withHighlightImages=*/0);
+}
