@@ -184,6 +184,10 @@ protected:
     /// coordinates, in place, and gives the node there or null.
     VisDataTree* FromEventToNode(float& x, float& y, KUVViewer* viewer);
 
+    /// Sends `notification`, which may be null, to the listeners of `name`, unless notifications
+    /// are nested too deep. A listener may release the layout: the caller holds a reference.
+    void Dispatch(const char* name, KUVNotification* notification);
+
     KUV2DBagRep* GetBagRep() const { return bagRep_; }
     /// The font and the scale of the last `Draw`.
     KUVCharacterFont* GetFont() const { return font_; }
@@ -213,7 +217,6 @@ private:
     void HideNode(VisTreeSpaceFillingLayoutCache& cache);
     void UpdateViewsOfSelection(VisDataTree* node);
     void Dispatch(const char* name, VisDataTree* previousNode, VisDataTree* node);
-    void Dispatch(const char* name, KUVNotification* notification);
     unsigned int UseDeviceEvent(const KUVDeviceEvent& event, KUVViewer* viewer);
     unsigned int UsePress(const KUVDeviceEvent& event, int buttons, VisDataTree* hit);
     unsigned int UseMotion(int buttons, VisDataTree* hit);
