@@ -697,6 +697,16 @@ bool HasCorners(const KUV2DPolygonRep& polygon, const layoutReference::View& twi
     return polygon.GetPoints() == corners;
 }
 
+/// The one image of a view that was given a picture.
+const KUV2DImagePixelRep* PictureIn(const VisTreeSpaceFillingView& view)
+{
+    for (const KUVRep* const rep : viewreading::ChildrenOf(view.GetBagRep())) {
+        if (core::KindOf(*rep) == core::RepKind::Image)
+            return static_cast<const KUV2DImagePixelRep*>(rep);
+    }
+    return nullptr;
+}
+
 bool HasPixels(const KUVPixelImage& image, const layoutReference::View& twin)
 {
     int width = 0;
@@ -732,9 +742,7 @@ std::string LayoutComparison::ViewDifference(VisTreeSpaceFillingView& view,
     const KUV2DPolygonRep* const outline = viewreading::Find<KUV2DPolygonRep>(
         view.GetBagRep(), view.GetHighlightMode() == 0 ? "contour" : "fill");
     const KUV2DImagePixelRep* const picture =
-        twin.content == Content::Picture
-            ? viewreading::Find<KUV2DImagePixelRep>(view.GetBagRep(), "texture")
-            : nullptr;
+        twin.content == Content::Picture ? PictureIn(view) : nullptr;
     std::string difference;
     if (!outline != (twin.content == Content::Nothing))
         difference = outline ? "was built" : "was not built";
@@ -745,6 +753,8 @@ std::string LayoutComparison::ViewDifference(VisTreeSpaceFillingView& view,
                      Text(twin.size.x, twin.size.y);
     else if (!picture != (twin.content != Content::Picture))
         difference = "has no picture";
+    else if (picture && !Same(picture->GetLowerLeft(), twin.position))
+        difference = "picture at " + Text(picture->GetLowerLeft());
     else if (picture && !HasPixels(*picture->GetImage(), twin))
         difference = "picture";
     if (isDark)
