@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <map>
 #include <set>
 
 #include <QByteArray>
@@ -173,37 +174,30 @@ HtmlPage::HtmlPage(const Picture& picture, const RenderOptions& options, int pix
     }
 }
 
-/// A view with pieces is drawn. The nodes of a cushion picture share one image instead, the views
-/// below the current root being empty until they are selected.
-bool HtmlPage::IsDrawn(const VisDataTree& node, bool isBelowRoot) const
+/// The nodes of a cushion picture share one image: their own views are built, but hold nothing
+/// until they are selected.
+bool HtmlPage::IsDrawn(const VisDataTree& node) const
 {
     const Cache* const cache = CacheOf(node);
-    if (cache == nullptr || cache->GetView() == nullptr || cache->GetView()->GetBagRep() == nullptr)
-        return false;
-    const bool isShown = !ReadNode(node).isEmpty || (options_.layout == "cushion" && isBelowRoot);
-    const Box box = BoxOf(node);
-    return isShown && box.width > 0 && box.height > 0;
+    const VisTreeSpaceFillingView* const view = cache != nullptr ? cache->GetView() : nullptr;
+    return view != nullptr && view->IsBuilt() != 0 && view->GetBagRep() != nullptr &&
+           !BoxOf(*view).IsEmpty();
 }
 
-/// All nodes in pre-order, with the way to their parents, and whether they are drawn.
 std::vector<HtmlPage::Entry> HtmlPage::AllNodes() const
 {
     const std::vector<VisDataTree*>& nodes = picture_.Tree().Nodes();
-    const VisDataTree* const root = picture_.Layout().GetCurrentRoot();
     std::vector<Entry> all;
     all.reserve(nodes.size());
     std::vector<std::size_t> open;  // the way down to the node
-    std::size_t rootLevel = nodes.size();
     for (std::size_t i = 0; i < nodes.size(); ++i) {
         while (!open.empty() && nodes[open.back()] != nodes[i]->GetParent())
             open.pop_back();
-        if (open.size() <= rootLevel)
-            rootLevel = nodes[i] == root ? open.size() : nodes.size();
         Entry entry;
         entry.node = nodes[i];
         entry.parent = open.empty() ? Entry::NO_PARENT : open.back();
         entry.level = open.size();
-        entry.isDrawn = IsDrawn(*nodes[i], /*isBelowRoot=*/rootLevel < nodes.size());
+        entry.isDrawn = IsDrawn(*nodes[i]);
         all.push_back(entry);
         open.push_back(i);
     }
@@ -233,21 +227,14 @@ void HtmlPage::Collect()
     }
 }
 
-/// As the painter places a rectangle of the node's extent.
-HtmlPage::Box HtmlPage::BoxOf(const VisDataTree& node) const
+/// The part of the view's rectangle that lies in the picture, as the painter places it.
+paint::PixelBox HtmlPage::BoxOf(const VisTreeSpaceFillingView& view) const
 {
-    const Cache& cache = *CacheOf(node);
-    const KUVMathPoint2Df& position = cache.GetPos();
-    const KUVMathPoint2Df& size = cache.GetSize();
-    const float scale = options_.scale;
-    const float left = (position.x - options_.originX) * scale + options_.originX;
-    const float bottom = (position.y - options_.originY) * scale + options_.originY;
-    Box box;
-    box.left = FirstPixel(left);
-    box.top = pixelHeight_ - FirstPixel(bottom + size.y * scale);
-    box.width = FirstPixel(left + size.x * scale) - box.left;
-    box.height = pixelHeight_ - FirstPixel(bottom) - box.top;
-    return box;
+    const KUVMathPoint2Df& corner = view.GetBuiltPosition();
+    const KUVMathPoint2Df& size = view.GetBuiltSize();
+    const paint::PixelBox box{FirstPixel(corner.x), pixelHeight_ - FirstPixel(corner.y + size.y),
+                              FirstPixel(corner.x + size.x), pixelHeight_ - FirstPixel(corner.y)};
+    return paint::Intersection(box, {0, 0, pixelWidth_, pixelHeight_});
 }
 
 std::string HtmlPage::GroupStart(const KUV2DBagRep& bag) const
@@ -259,10 +246,10 @@ std::string HtmlPage::GroupStart(const KUV2DBagRep& bag) const
     const Shown shown = ReadBag(&bag);
     if (shown.fill != nullptr || shown.image != nullptr)
         return start;
-    const Box box = BoxOf(*entries_[found->second].node);
+    const paint::PixelBox box = BoxOf(*CacheOf(*entries_[found->second].node)->GetView());
     return start + "<rect class=\"a\" x=\"" + std::to_string(box.left) + "\" y=\"" +
-           std::to_string(box.top) + "\" width=\"" + std::to_string(box.width) + "\" height=\"" +
-           std::to_string(box.height) + "\"/>";
+           std::to_string(box.top) + "\" width=\"" + std::to_string(box.Width()) + "\" height=\"" +
+           std::to_string(box.Height()) + "\"/>";
 }
 
 // ---- the page's texts
@@ -294,31 +281,23 @@ std::string HtmlPage::Facts() const
 /// A swatch for each of the colours that the levels have in turn.
 std::string HtmlPage::LevelColors() const
 {
+    std::map<std::size_t, std::string> colors;  // of the levels
+    for (const Entry& entry : entries_) {
+        const KUV2DPolygonRep* const fill = entry.isDrawn ? ReadNode(*entry.node).fill : nullptr;
+        if (fill == nullptr || colors.count(entry.level) != 0)
+            continue;
+        const KUVColor color = fill->GetColor();
+        colors[entry.level] = HexColor(color.r, color.g, color.b);
+    }
     std::string swatches;
     std::set<std::string> known;
-    std::size_t next = 0;
-    bool isFirst = true;
-    std::vector<const Entry*> byLevel;
-    for (const Entry& entry : entries_)
-        byLevel.push_back(&entry);
-    std::stable_sort(byLevel.begin(), byLevel.end(),
-                     [](const Entry* a, const Entry* b) { return a->level < b->level; });
-    for (const Entry* const entry : byLevel) {
-        const Shown shown = ReadNode(*entry->node);
-        if (!entry->isDrawn || (!isFirst && entry->level < next) || shown.fill == nullptr)
-            continue;
-        const KUVColor color = shown.fill->GetColor();
-        const std::string hex = HexColor(color.r, color.g, color.b);
-        isFirst = false;
-        next = entry->level + 1;
-        if (!known.insert(hex).second)
+    for (const auto& [level, color] : colors) {
+        if (!known.insert(color).second)
             break;
-        const bool isBright = color.r + color.g + color.b > 384;
-        swatches += "<span class=\"swatch\" style=\"background:" + hex +
-                    ";color:" + (isBright ? "#000000" : "#ffffff") + "\">" +
-                    std::to_string(entry->level) + "</span>";
+        swatches += "<span class=\"swatch\" style=\"background:" + color + "\"></span>" +
+                    std::to_string(level) + ' ';
     }
-    return "<span class=\"swatches\">" + swatches + "</span>";
+    return swatches;
 }
 
 std::string HtmlPage::Legend() const
@@ -353,7 +332,7 @@ std::string HtmlPage::Legend() const
                 (root.ColorWithValue() != 0 && !isModel ? "colour value" : measure) +
                 ": the lighter, the heavier; white is as heavy as the root.";
     else
-        color = LevelColors() + " The level below the root, in turn.";
+        color = "The level below the root, in turn: " + LevelColors();
     std::string legend = Term("Size", size) + Term("Colour", color);
     if (std::any_of(entries_.begin(), entries_.end(), [](const Entry& entry) {
             return entry.isDrawn && ReadNode(*entry.node).image != nullptr &&
@@ -445,12 +424,12 @@ std::string HtmlPage::Value(const std::string& name, const std::string& svg) con
         return KUV_VERSION;
     if (name == "orientation")
         return pixelWidth_ > pixelHeight_ ? "landscape" : "portrait";
+    if (name == "width")
+        return std::to_string(options_.width);
+    // A sheet of paper holds no legible picture that is much higher than wide.
     constexpr int TALL = 3;
-    if (name == "pictureAttributes")
-        return " style=\"max-width:" +
-               std::to_string(std::max(
-                   1, static_cast<int>(static_cast<float>(pixelWidth_) / options_.scale))) +
-               "px\"" + (pixelHeight_ / TALL > pixelWidth_ ? " class=\"tall\"" : "");
+    if (name == "shape")
+        return pixelHeight_ / TALL > pixelWidth_ ? " class=\"tall\"" : "";
     if (name == "scriptHash") {
         // The script element holds a line break before the script.
         const QByteArray script = QByteArray("\n") + PAGE_SCRIPT;

@@ -8,6 +8,10 @@
 #include "Options.h"
 #include "Picture.h"
 
+#include "paint/PictureSink.h"
+
+class VisTreeSpaceFillingView;
+
 namespace dataviz {
 
 /// The picture as one HTML file that needs nothing else: the SVG, the labels and values of the
@@ -27,13 +31,6 @@ public:
     std::string Around(const std::string& svg) const;
 
 private:
-    /// Pixels, y downwards.
-    struct Box {
-        int left = 0;
-        int top = 0;
-        int width = 0;
-        int height = 0;
-    };
     /// A node of the tree that is in the file.
     struct Entry {
         static constexpr std::size_t NO_PARENT = static_cast<std::size_t>(-1);
@@ -45,10 +42,11 @@ private:
         bool isDrawn = false;
     };
 
+    /// In pre-order.
     std::vector<Entry> AllNodes() const;
     void Collect();
-    bool IsDrawn(const VisDataTree& node, bool isBelowRoot) const;
-    Box BoxOf(const VisDataTree& node) const;
+    bool IsDrawn(const VisDataTree& node) const;
+    paint::PixelBox BoxOf(const VisTreeSpaceFillingView& view) const;
     std::string Title() const;
     std::string Facts() const;
     std::string Legend() const;

@@ -278,10 +278,12 @@
 
   const measuring = document.createElement("canvas").getContext("2d");
   let fontFamily = "sans-serif";
+  let measuredSize = 0;
 
   /** The label or, with full stops, as much of it as is no wider than `room`; empty for nothing. */
   function fitting(label, size, room) {
-    measuring.font = `${size}px ${fontFamily}`;
+    if (size !== measuredSize) measuring.font = `${size}px ${fontFamily}`; // takes long
+    measuredSize = size;
     const full = measuring.measureText(label).width;
     if (full <= room) return label;
     const characters = [...label];
@@ -364,25 +366,33 @@
     node.group.replaceChildren(...pieces);
   }
 
-  function showAll() {
-    for (const node of order) {
+  /** The style sheet hides the groups that are not of the class, which is quicker than telling each. */
+  let zoomed = []; // the nodes whose groups are
+
+  function showPieces(some) {
+    const isKept = new Set(some);
+    for (const node of zoomed) {
+      if (isKept.has(node)) continue;
       node.box = node.drawn;
       node.group.replaceChildren(...node.pieces);
-      node.group.removeAttribute("display");
+      node.group.classList.remove("zoomed");
     }
+    for (const node of some) {
+      showZoomed(node);
+      node.group.classList.add("zoomed");
+    }
+    zoomed = some;
+    svg.classList.toggle("zoomed", root !== NONE);
+  }
+
+  function showAll() {
+    showPieces([]);
     if (backdrop) setBox(backdrop.piece, backdrop.box);
   }
 
   function showSubtree() {
     placeSubtree();
-    for (const node of order) {
-      if (isShown(node)) {
-        node.group.removeAttribute("display");
-        showZoomed(node);
-      } else {
-        node.group.setAttribute("display", "none");
-      }
-    }
+    showPieces(order.filter(isShown));
   }
 
   /** Squares for nodes whose content is hidden, as the picture has them. */
@@ -483,7 +493,8 @@
 
   const marks = element("g", { id: "marks", "aria-hidden": "true" });
   const markOf = {};
-  let selected = null;
+  let selected = null; // where the keyboard is
+  let isSelectionShown = false; // once the reader or the picture has selected something
   let hovered = null;
 
   function makeMarks() {
@@ -503,8 +514,8 @@
 
   function mark() {
     setMark("hover", hovered, 0.5);
-    setMark("under", selected, 2);
-    setMark("selected", selected, 2);
+    setMark("under", isSelectionShown ? selected : null, 1.5);
+    setMark("selected", isSelectionShown ? selected : null, 1.5);
   }
 
   function select(node) {
@@ -632,6 +643,7 @@
     hit = hit === NONE ? (step > 0 ? 0 : hits.length - 1) : (hit + step + hits.length) % hits.length;
     const node = hits[hit];
     if (!isShown(node)) zoomTo(NONE);
+    isSelectionShown = true;
     select(node);
     showHits();
     node.group.scrollIntoView({ block: "nearest" });
@@ -659,6 +671,7 @@
   // ---- keyboard
 
   function focusOn(node) {
+    isSelectionShown = true;
     select(node);
     node.group.focus({ preventScroll: true });
     node.group.scrollIntoView({ block: "nearest", inline: "nearest" });
@@ -759,7 +772,8 @@
     svg.addEventListener("focusin", (event) => {
       const node = nodeAt(event.target);
       if (!node) return;
-      if (node !== selected) select(node);
+      isSelectionShown = true;
+      select(node);
       if (!hovered) showTooltipAt(node);
     });
     svg.addEventListener("focusout", hideTooltip);
@@ -772,6 +786,26 @@
     byId("later").addEventListener("click", () => stepHit(1));
     byId("back").addEventListener("click", zoomBack);
     byId("reset").addEventListener("click", () => zoomTo(NONE));
+    full.addEventListener("click", toggleFullSize);
+    picture.addEventListener("scroll", hideTooltip, { passive: true });
+    addEventListener("resize", offerFullSize);
+  }
+
+  // ---- pictures that are larger than the window
+
+  const full = byId("full");
+
+  function offerFullSize() {
+    const isFull = picture.classList.contains("full");
+    const width = parseFloat(document.body.style.getPropertyValue("--picture-width"));
+    full.hidden = !isFull && picture.clientWidth >= width - 1;
+  }
+
+  function toggleFullSize() {
+    const isFull = picture.classList.toggle("full");
+    full.setAttribute("aria-pressed", isFull);
+    if (isFull && selected) selected.group.scrollIntoView({ block: "nearest", inline: "nearest" });
+    offerFullSize();
   }
 
   // ---- start
@@ -788,9 +822,11 @@
     if (text) fontFamily = getComputedStyle(text).fontFamily;
     for (const [index, color] of data.active) if (nodes[index].text) nodes[index].text.setAttribute("fill", color);
     listen();
-    select(nodes[data.selected] && nodes[data.selected].group ? nodes[data.selected] : tops[0]);
+    isSelectionShown = data.selected !== NONE;
+    select(isSelectionShown ? nodes[data.selected] : tops[0]);
     showCrumbs();
     for (const part of document.querySelectorAll(".script")) part.hidden = false;
+    offerFullSize();
   }
 
   start();
