@@ -8,7 +8,9 @@
 #include "JsonWriter.h"
 
 #include "KUV2D.h"
+#include "VisCushionLayout.h"
 #include "VisDataTree.h"
+#include "VisIcicleLayout.h"
 #include "VisTreeMapLayout.h"
 #include "VisTreeSpaceFillingLayout.h"
 #include "VisTreeSpaceFillingView.h"
@@ -19,6 +21,8 @@ namespace {
 
 using Cache = VisTreeSpaceFillingLayoutCache;
 using TreeMapCache = VisTreeMapLayout::VisTreeMapLayoutCache;
+using CushionCache = VisCushionLayout::VisCushionLayoutCache;
+using IcicleCache = VisIcicleLayout::VisIcicleLayoutCache;
 
 std::string_view TextOf(const KUVUnicodeString& text)
 {
@@ -97,6 +101,7 @@ private:
     void WriteHead();
     void WriteState();
     void WriteNode(std::size_t number);
+    void WriteLayoutKeys(const Cache& cache);
     void WriteFlags(const VisDataTree& node, const Cache& cache);
     void WriteView(const Cache& cache);
     void WriteShown(const ShownView& shown);
@@ -117,6 +122,20 @@ private:
     {
         json_.Key(key);
         json_.String(text);
+    }
+    /// Null for 0xFFFFFFFF, which stands for no limit and for what was not computed.
+    void KeyCount(std::string_view key, unsigned int count)
+    {
+        json_.Key(key);
+        if (count == player::NO_COLUMN_LIMIT)
+            json_.Null();
+        else
+            json_.Unsigned(count);
+    }
+    void KeyFloat(std::string_view key, float value)
+    {
+        json_.Key(key);
+        json_.Float(value);
     }
     void KeyNull(std::string_view key)
     {
@@ -211,8 +230,9 @@ void GeometryWriter::WriteState()
     for (const VisDataTree* const root : zoomStack_)
         Reference(root);
     json_.Close(']');
-    KeyNull("lastColumns");
-    KeyNull("columns");
+    const VisIcicleLayout* const icicle = picture_.Owner().Icicle();
+    KeyCount("lastColumns", icicle != nullptr ? icicle->GetNLastNodes() : player::NO_COLUMN_LIMIT);
+    KeyCount("columns", picture_.Owner().Columns().value_or(player::NO_COLUMN_LIMIT));
     json_.NewLine();
 }
 
@@ -250,6 +270,12 @@ void GeometryWriter::WriteNotification(const player::HeardNotification& heard)
     if (heard.hasNodes) {
         KeyReference("previous", heard.previous);
         KeyReference("node", heard.node);
+    }
+    if (heard.notice == player::Notice::SetLastColumns) {
+        KeyCount("old", heard.oldColumns);
+        KeyCount("new", heard.newColumns);
+        json_.Key("key");
+        json_.Unsigned(heard.key);
     }
     json_.Close('}');
 }
@@ -293,10 +319,43 @@ void GeometryWriter::WriteFlags(const VisDataTree& node, const Cache& cache)
     KeyBool("showLabel", cache.GetShowLabel() != 0);
 }
 
+/// What only the one layout knows of a node.
+void GeometryWriter::WriteLayoutKeys(const Cache& cache)
+{
+    if (options_.layout == "icicle") {
+        const auto& own = static_cast<const IcicleCache&>(cache);
+        KeyPair("icicleSize", own.GetIcicleSize());
+        KeyPair("graphicalSize", own.GetGraphicalSize());
+        json_.Key("columnSpan");
+        json_.Unsigned(own.GetIcicleColSpan());
+        KeyCount("cursor", own.GetIcicleCursor());
+        return;
+    }
+    if (options_.layout == "treemap") {
+        const auto& own = static_cast<const TreeMapCache&>(cache);
+        json_.Key("lastMode");
+        json_.Unsigned(own.GetLastModeOfComputedMinimumExpandedSize());
+        return;
+    }
+    const auto& own = static_cast<const CushionCache&>(cache);
+    json_.Key("surface");
+    json_.Open('[');
+    for (std::size_t i = 0; i < 4; ++i)
+        json_.Float(own.GetSurface()[i]);
+    json_.Close(']');
+    KeyFloat("height", own.GetHeight());
+    KeyFloat("scaleFactor", own.GetScaleFactor());
+    json_.Key("subtreeValue");
+    json_.Integer(own.GetSubtreeValue());
+    KeyBool("cushionComputed", own.IsCushionComputed() != 0);
+    json_.Key("lastMode");
+    json_.Unsigned(own.GetLastModeOfComputedMinimumExpandedSize());
+}
+
 void GeometryWriter::WriteNode(std::size_t number)
 {
     const VisDataTree& node = *picture_.Tree().Nodes()[number];
-    const auto& cache = static_cast<const TreeMapCache&>(*node.GetCache());
+    const auto& cache = static_cast<const Cache&>(*node.GetCache());
     json_.Open('{');
     json_.Key("id");
     json_.Unsigned(number);
@@ -307,8 +366,7 @@ void GeometryWriter::WriteNode(std::size_t number)
     KeyPair("position", cache.GetPos());
     KeyPair("size", cache.GetSize());
     KeyPair("minimumSize", cache.GetComputedMinimumSize());
-    json_.Key("lastMode");
-    json_.Unsigned(cache.GetLastModeOfComputedMinimumExpandedSize());
+    WriteLayoutKeys(cache);
     json_.Key("view");
     if (cache.GetView() == nullptr)
         json_.Null();

@@ -1,10 +1,11 @@
 #include "InputTree.h"
 
-#include <array>
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 
 #include "InputFile.h"
+#include "RootPath.h"
 #include "TreeFile.h"
 #include "VisDataTree.h"
 #include "import/FileContent.h"
@@ -47,6 +48,15 @@ InputTree::InputTree() = default;
 
 std::optional<Failure> InputTree::Load(const std::string& path, const ModelOptions& options,
                                        WorkChannel& channel)
+{
+    std::optional<Failure> failure = LoadWhole(path, options, channel);
+    if (!failure && !options.root.empty())
+        failure = CutDownTo(options.root);
+    return failure;
+}
+
+std::optional<Failure> InputTree::LoadWhole(const std::string& path, const ModelOptions& options,
+                                            WorkChannel& channel)
 {
     channel.Progress("reading", -1);
     const Clock::time_point start = Clock::now();
@@ -128,6 +138,35 @@ void InputTree::CollectNodes()
         const std::vector<VisDataTree*>& children = node->GetChildren();
         waiting.insert(waiting.end(), children.rbegin(), children.rend());
     }
+}
+
+// ---- a part of the tree
+
+std::optional<Failure> InputTree::CutDownTo(const std::string& labels)
+{
+    const RootSearch search = FindByLabels(*root_, labels);
+    if (search.found == nullptr)
+        return Failure{{}, "--root: " + search.problem};
+    VisDataTree* const whole = root_;
+    if (search.found == whole)
+        return std::nullopt;
+    const auto first = std::find(nodes_.begin(), nodes_.end(), search.found);
+    const auto begin = first - nodes_.begin();
+    const auto end = begin + static_cast<std::ptrdiff_t>(search.found->ComputeNumberOfNodes());
+    const auto keep = [begin, end](auto& all) {
+        if (!all.empty()) {
+            all.erase(all.begin() + end, all.end());
+            all.erase(all.begin(), all.begin() + begin);
+        }
+    };
+    keep(nodes_);
+    keep(sizeValues_);
+    keep(colorValues_);
+    search.found->AddRef();
+    search.found->RemoveParent(/*release=*/1);
+    root_ = search.found;
+    Free(whole);
+    return std::nullopt;
 }
 
 }  // namespace dataviz

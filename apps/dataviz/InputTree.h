@@ -61,13 +61,20 @@ public:
     /// Gives every node's cache its size and colour value. The caches are the layout's, so the
     /// layout comes first.
     void Weigh(bool wholeReps);
+    /// Gives every node of a model a colour value from 0 to 7, after weighing: by its "product",
+    /// its "kind" of primitive or its "share" of the whole.
+    void SetColorIndices(const std::string& by);
 
 private:
+    std::optional<Failure> LoadWhole(const std::string& path, const ModelOptions& options,
+                                     WorkChannel& channel);
     std::optional<Failure> LoadTreeFile(const std::string& text, bool& isGltf);
     std::optional<Failure> LoadModel(const std::string& path, const ModelOptions& options,
                                      WorkChannel& channel);
     void BuildFrom(const TreeFile& file);
+    void Free(VisDataTree* root) const;
     void CollectNodes();
+    std::optional<Failure> CutDownTo(const std::string& labels);
 
     VisDataTree* root_ = nullptr;
     std::vector<VisDataTree*> nodes_;

@@ -150,14 +150,18 @@ void InputTree::Weigh(bool wholeReps)
     }
 }
 
+void InputTree::Free(VisDataTree* root) const
+{
+    if (IsModel())
+        core::ReleaseSceneTree(root);
+    else
+        root->Release();
+}
+
 InputTree::~InputTree()
 {
-    if (root_ == nullptr)
-        return;
-    if (IsModel())
-        core::ReleaseSceneTree(root_);
-    else
-        root_->Release();
+    if (root_ != nullptr)
+        Free(root_);
 }
 
 }  // namespace dataviz

@@ -37,6 +37,7 @@ struct RawRender {
     std::string scale = "1";
     std::string format;
     std::string deviceScale;
+    std::optional<std::int64_t> lastColumns;
 };
 
 /// Both flags of a command about its progress.
@@ -78,7 +79,8 @@ std::string CheckSize(const std::string& text, RenderOptions& options)
 
 std::string CheckNumbers(const RawRender& raw, RenderOptions& options)
 {
-    std::string problem = CheckSize(raw.size, options);
+    options.fitSize = raw.size == "fit";
+    std::string problem = options.fitSize ? "" : CheckSize(raw.size, options);
     if (problem.empty() && !ReadPair(raw.origin, ',', options.originX, options.originY))
         problem = "--origin: \"" + raw.origin + "\" is not X,Y";
     if (problem.empty() && !(ReadNumber(raw.scale, options.scale) && options.scale > 0))
@@ -88,6 +90,25 @@ std::string CheckNumbers(const RawRender& raw, RenderOptions& options)
         !(ReadNumber(raw.deviceScale, options.deviceScale) && options.deviceScale > 0))
         problem = "--device-scale: \"" + raw.deviceScale + "\" is not a number above 0";
     return problem;
+}
+
+/// An option that the layout cannot use is an error: it would be left without effect in silence.
+std::string CheckLayoutOptions(const RawRender& raw, RenderOptions& options,
+                               const CLI::App& command)
+{
+    for (const char* const option :
+         {"--no-align", "--last-columns", "--inline-labels", "--relative-to-min-depth"}) {
+        if (command.count(option) != 0 && options.layout != "icicle")
+            return std::string(option) + " needs --layout icicle";
+    }
+    if (options.fitSize && options.layout != "icicle")
+        return "--size fit needs --layout icicle";
+    options.isColorIndexGiven = command.count("--color-index") != 0;
+    if (options.isColorIndexGiven && options.layout != "cushion")
+        return "--color-index needs --layout cushion";
+    if (raw.lastColumns)
+        options.lastColumns = static_cast<std::uint32_t>(*raw.lastColumns);
+    return {};
 }
 
 std::string CheckFormat(const std::string& format, RenderOptions& options)
@@ -169,6 +190,11 @@ void AddModelOptions(CLI::App& command, ModelOptions& options)
         ->type_name("D")
         ->capture_default_str()
         ->group(group);
+    command
+        .add_option("--root", options.root,
+                    "The subtree to start from, by labels from the root on; for tree files, too")
+        ->type_name("LABEL/LABEL/...")
+        ->group(group);
     command.add_option("--memory-limit", options.memoryLimit, "Memory for reading and meshing")
         ->type_name("MB")
         ->check(CLI::Range(std::int64_t{1}, std::int64_t{1} << 40U).description(""))
@@ -197,6 +223,37 @@ ProgressMode ModeOf(const RawProgress& raw)
                           : ProgressMode::WhenTerminal;
 }
 
+void AddLayoutOptions(CLI::App& command, RenderOptions& options, RawRender& raw)
+{
+    const std::string icicle = "Options for --layout icicle";
+    command
+        .add_flag(
+            "--no-align", options.noAlign,
+            "Leave every node one column wide instead of ending all leaves in the last column")
+        ->group(icicle);
+    command.add_option("--last-columns", raw.lastColumns, "Draw only the N last columns")
+        ->type_name("N")
+        ->check(CLI::Range(std::int64_t{1}, std::int64_t{0xFFFFFFFF}).description(""))
+        ->group(icicle);
+    command
+        .add_flag("--inline-labels", options.inlineLabels,
+                  "Icons beside their labels everywhere, not above them")
+        ->group(icicle);
+    command
+        .add_flag("--relative-to-min-depth", options.relativeToMinDepth,
+                  "With --last-columns: begin with the first node that is drawn instead of cutting "
+                  "wide nodes off at the limit")
+        ->group(icicle);
+    command
+        .add_option(
+            "--color-index", options.colorIndex,
+            "What colours the leaves of a model: nothing; its product, in turn; its kind of "
+            "primitive; its share of the whole, each class twice the one before")
+        ->check(CLI::IsMember({"none", "product", "kind", "share"}))
+        ->capture_default_str()
+        ->group("Options for --layout cushion");
+}
+
 CLI::App* AddRender(CLI::App& program, RenderOptions& options, RawRender& raw,
                     RawProgress& progress)
 {
@@ -210,10 +267,13 @@ CLI::App* AddRender(CLI::App& program, RenderOptions& options, RawRender& raw,
     command->add_option("--format", raw.format, "Instead of the one that OUTPUT's name ends in")
         ->check(CLI::IsMember({"png", "svg", "pdf", "json", "html"}));
     command->add_option("--layout", options.layout, "The layout")
-        ->check(CLI::IsMember({"treemap"}))
+        ->check(CLI::IsMember({"treemap", "cushion", "icicle"}))
         ->capture_default_str();
-    command->add_option("--size", raw.size, "Extent of the layout, in layout units")
-        ->type_name("WxH")
+    command
+        ->add_option("--size", raw.size,
+                     "Extent of the layout, in layout units; \"fit\": what an "
+                     "icicle plot needs to be shown whole")
+        ->type_name("WxH|fit")
         ->capture_default_str();
     command->add_option("--origin", raw.origin, "Position of the layout in the picture")
         ->type_name("X,Y")
@@ -235,6 +295,7 @@ CLI::App* AddRender(CLI::App& program, RenderOptions& options, RawRender& raw,
                       "shades them in grey)");
     command->add_flag("--color-by-value", options.colorByValue,
                       "Shade nodes in grey by their value relative to the root");
+    AddLayoutOptions(*command, options, raw);
     command
         ->add_option("--events", options.events,
                      "Play mouse and keyboard events on the picture before it is written (JSON); "
@@ -315,6 +376,8 @@ CommandLine ParseCommandLine(int count, const char* const* words)
     }
     render.progress = ModeOf(progress);
     std::string problem = CheckNumbers(raw, render);
+    if (problem.empty())
+        problem = CheckLayoutOptions(raw, render, *renderCommand);
     if (problem.empty())
         problem = CheckFormat(raw.format, render);
     if (problem.empty())

@@ -11,6 +11,7 @@ namespace dataviz {
 struct ModelOptions {
     bool primitives = false;  ///< leaves are faces instead of reps
     bool wholeReps = false;   ///< weigh nodes with the whole-rep rule
+    std::string root;         ///< labels of the subtree to start from; empty for the whole
     std::string meshQuality = "normal";
     double linearDeflection = 0.004;    ///< a fraction of the part's largest side
     double angularDeflection = 20;      ///< degrees
@@ -30,6 +31,7 @@ struct RenderOptions {
     std::string layout = "treemap";
     std::uint32_t width = 1280;
     std::uint32_t height = 800;
+    bool fitSize = false;  ///< icicle only: the size that shows the whole plot instead
     float originX = 0;
     float originY = 0;
     float scale = 1;
@@ -37,6 +39,12 @@ struct RenderOptions {
     bool noLabels = false;
     bool resizeByValue = false;
     bool colorByValue = false;
+    bool noAlign = false;                     ///< icicle only, as the next three
+    std::uint32_t lastColumns = 0xFFFFFFFFU;  ///< no limit
+    bool inlineLabels = false;
+    bool relativeToMinDepth = false;
+    std::string colorIndex = "product";  ///< cushion of a model only
+    bool isColorIndexGiven = false;
     std::string events;     ///< a file to play before the picture is written; may be empty
     float deviceScale = 1;  ///< of the viewer that delivers the events
     ModelOptions model;

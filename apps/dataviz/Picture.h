@@ -2,6 +2,8 @@
 
 #include <cstddef>
 #include <functional>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "InputTree.h"
@@ -20,6 +22,10 @@ public:
 
     /// Sets flags and switches and draws once. The font, which may be null, outlives the picture.
     void Draw(KUVCharacterFont* font);
+    /// The options, with the size that was found where it was to be fitted.
+    const RenderOptions& Options() const { return options_; }
+    /// After `Draw`: how an icicle plot that is larger than the picture would be shown whole.
+    std::optional<std::string> TooSmall() const;
 
     /// Plays the events; `progress` hears the fraction that is done.
     void Play(const std::vector<player::Event>& events,
@@ -31,8 +37,11 @@ public:
     const KUV2DBagRep& Scene() const { return owner_.Scene(); }
 
 private:
+    void FitSize();
+
     InputTree& tree_;
-    const RenderOptions& options_;
+    RenderOptions options_;
+    std::optional<KUVMathPoint2Df> wholeSize_;  // of an icicle plot, not stretched
     player::LayoutOwner owner_;
 };
 

@@ -24,6 +24,15 @@ struct ReleaseObject {
     void operator()(KUVBaseUnknown* object) const { object->Release(); }
 };
 
+constexpr KUVColor ICICLE_BACKGROUND{190, 198, 205, 255};
+
+/// What to do about a picture that is too large for its format.
+std::string WaysOut(const RenderOptions& options)
+{
+    return options.layout == "icicle" ? "; write SVG, or show less with --last-columns or --root"
+                                      : "; write SVG, or show less with --root";
+}
+
 std::string PaintTo(const std::string& path, const Picture& picture, const RenderOptions& options)
 {
     // The painter measures pixels with int.
@@ -39,6 +48,9 @@ std::string PaintTo(const std::string& path, const Picture& picture, const Rende
     // A contour of one pixel is lost in a picture for a dense screen.
     wanted.lineWidth = static_cast<int>(std::round(std::clamp(options.scale, 1.0f, 64.0f)));
     wanted.fontFamily = options.font == "none" ? std::string() : options.font;
+    // An icicle plot is made of white rectangles with narrow gaps between them.
+    if (options.layout == "icicle")
+        wanted.background = ICICLE_BACKGROUND;
     paint::PictureFormat format = paint::PictureFormat::Png;
     if (options.format == PictureFileFormat::Svg)
         format = paint::PictureFormat::Svg;
@@ -52,6 +64,10 @@ std::string PaintTo(const std::string& path, const Picture& picture, const Rende
     }
     std::string bytes;
     std::string problem = paint::PaintPicture(picture.Scene(), wanted, format, bytes);
+    const bool isTooLarge =
+        wanted.width > paint::MAX_PNG_SIDE || wanted.height > paint::MAX_PNG_SIDE;
+    if (!problem.empty() && isTooLarge)
+        problem += WaysOut(options);
     if (problem.empty() && page)
         bytes = page->Around(bytes);
     if (problem.empty()) {
@@ -105,12 +121,16 @@ void RunRender(const RenderOptions& options, const std::string& outputFile, Work
     channel.Progress("laying out", -1);
     Picture picture(tree, options);
     picture.Draw(font.get());
+    if (const std::optional<std::string> remark = picture.TooSmall())
+        channel.Say(*remark);
+    if (options.isColorIndexGiven && !tree.IsModel())
+        channel.Say("--color-index is for models: a tree file brings colours of its own");
     if (!script.Events().empty()) {
         picture.Play(script.Events(),
                      [&](double fraction) { channel.Progress("playing events", fraction); });
     }
     channel.Progress("writing", -1);
-    const std::string problem = WriteOutput(outputFile, picture, options);
+    const std::string problem = WriteOutput(outputFile, picture, picture.Options());
     if (problem.empty())
         channel.Finish(0);
     else

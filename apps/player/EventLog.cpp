@@ -1,5 +1,6 @@
 #include "player/EventLog.h"
 
+#include "VisIcicleLayout.h"
 #include "VisTreeSpaceFillingLayout.h"
 
 namespace player {
@@ -18,7 +19,7 @@ const char* NameOf(Notice notice)
     case Notice::DoubleClick:
         return VisTreeSpaceFillingLayout::ON_DOUBLE_CLICK();
     case Notice::SetLastColumns:
-        break;
+        return VisIcicleLayout::ON_SET_NLAST_NODES();
     }
     return "";
 }

@@ -5,6 +5,7 @@
 #include "player/LayoutOwner.h"
 
 #include "VisDataTree.h"
+#include "VisIcicleLayout.h"
 #include "VisTreeSpaceFillingLayout.h"
 #include "core/StandaloneViewer.h"
 
@@ -119,9 +120,10 @@ void EventPlayer::Do(const UnzoomEvent& /*event*/)
     owner_.Log().SetResult(owner_.Layout().Unzoom());
 }
 
-void EventPlayer::Do(const LastColumnsEvent& /*event*/)
+void EventPlayer::Do(const LastColumnsEvent& event)
 {
-    // No layout but the icicle has columns.
+    if (VisIcicleLayout* const icicle = owner_.Icicle())
+        icicle->SetNLastNodes(event.count);
 }
 
 void EventPlayer::Do(const SwitchEvent& event)
@@ -134,6 +136,8 @@ void EventPlayer::Do(const SwitchEvent& event)
         owner_.Layout().SetEnablePageUpPageDown(event.on);
         break;
     case Switch::ExtendWithKeys:
+        if (VisIcicleLayout* const icicle = owner_.Icicle())
+            icicle->SetExtendWithKeys(event.on);
         break;
     }
 }

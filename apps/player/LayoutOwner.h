@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 
 #include "player/EventLog.h"
@@ -11,11 +12,14 @@ class KUVCharacterFont;
 class KUVCommand;
 class KUVNotification;
 class VisDataTree;
+class VisIcicleLayout;
 class VisTreeSpaceFillingLayout;
 
 namespace player {
 
-enum class LayoutKind { TreeMap };
+enum class LayoutKind { TreeMap, Cushion, Icicle };
+
+constexpr std::uint32_t NO_COLUMN_LIMIT = 0xFFFFFFFFU;
 
 /// How and where a layout is drawn.
 struct Drawing {
@@ -23,6 +27,11 @@ struct Drawing {
     KUVMathPoint2Df size;
     KUVCharacterFont* font = nullptr;  ///< may be null; outlives the layout
     float scale = 1;
+    // Of the icicle plot only.
+    bool alignLeaves = true;  ///< all leaves end in the last column
+    std::uint32_t lastColumns = NO_COLUMN_LIMIT;
+    bool relativeToMinDepth = false;
+    bool inlineLabels = false;
 };
 
 /// The host command that owns a layout: makes it for a tree, draws it, and keeps a log of what it
@@ -41,12 +50,28 @@ public:
     /// What is drawn.
     const KUV2DBagRep& Scene() const { return *bag_; }
 
-    /// The first drawing.
+    /// The same layout where it is an icicle plot, else null.
+    VisIcicleLayout* Icicle() { return icicle_; }
+    const VisIcicleLayout* Icicle() const { return icicle_; }
+
+    /// Sets the icicle plot's columns and its limit; other layouts need no preparation.
+    void Prepare(const Drawing& drawing);
+    /// The size at which the prepared icicle plot shows all without being stretched; nothing for
+    /// other layouts.
+    std::optional<KUVMathPoint2Df> WholeSize() const;
+    /// The first drawing, as prepared. From then on the icicle plot is drawn again whenever it says
+    /// that its number of last columns has changed.
+    void DrawPrepared();
+    /// Both at once.
     void Draw(const Drawing& drawing);
     /// Draws once more on this rectangle; everything else stays as it is.
     void DrawOn(const KUVMathPoint2Df& position, const KUVMathPoint2Df& size);
+    /// What the last plot by this owner gave: the columns from the current root to the deepest one.
+    std::optional<unsigned int> Columns() const { return columns_; }
     /// How the layout was last drawn by its owner; zooming draws by itself and is no part of it.
     const Drawing& LastDrawing() const { return drawing_; }
+    /// Changes the size for the drawings to come.
+    void SetSize(const KUVMathPoint2Df& size) { drawing_.size = size; }
 
     /// Call it after every change of the highlight that the layout does not announce.
     void SetHighlighted(const VisDataTree* node) { highlighted_ = node; }
@@ -56,12 +81,17 @@ public:
     const EventLog& Log() const { return log_; }
 
 private:
+    VisTreeSpaceFillingLayout* MakeLayout(LayoutKind kind, VisDataTree& root);
     void Listen(Notice notice);
     void Hear(Notice notice, const KUVNotification* notification);
+    void Plot(unsigned int lastColumns);
 
     KUVCommand* command_;
     KUV2DBagRep* bag_;
+    VisIcicleLayout* icicle_ = nullptr;
     VisTreeSpaceFillingLayout* layout_;
+    bool isDrawn_ = false;
+    std::optional<unsigned int> columns_;
     Drawing drawing_;
     EventLog log_;
     const VisDataTree* highlighted_ = nullptr;

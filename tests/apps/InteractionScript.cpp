@@ -93,7 +93,9 @@ Stage::~Stage()
 
 LayoutKind KindOf(const std::string& name)
 {
-    static const std::map<std::string, LayoutKind> KINDS{{"treemap", LayoutKind::TreeMap}};
+    static const std::map<std::string, LayoutKind> KINDS{{"treemap", LayoutKind::TreeMap},
+                                                         {"cushion", LayoutKind::Cushion},
+                                                         {"icicle", LayoutKind::Icicle}};
     return KINDS.at(name);
 }
 
