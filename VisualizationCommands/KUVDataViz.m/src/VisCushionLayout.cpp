@@ -3,8 +3,8 @@
 #include "private/CacheAccess.h"
 #include "private/ChildOrder.h"
 #include "private/CushionGeometry.h"
+#include "private/CushionPicture.h"
 #include "private/CushionRectangles.h"
-#include "private/CushionShading.h"
 #include "private/NodeTextures.h"
 #include "private/Reference.h"
 #include "private/SaturatingCast.h"
@@ -164,9 +164,9 @@ struct Place {
 /// Visits the nodes that a drawing shows, a node before its children, and stores the geometry of
 /// each in its cache.
 ///
-/// `Maker` says what becomes of a node: `Show(cache)`, `ShadeLeaf(cache, rectangle)` for those
-/// without children, with the rectangle as seen from the origin, and `Draw(node, cache)` behind
-/// its children.
+/// `Maker` says what becomes of a node: `Show(cache)`, `ShadeLeaf(cache, box)` for those without
+/// children, and `Draw(node, cache)` behind its children. A `Box` is what the maker knows of a
+/// rectangle as seen from the origin, and its `Cover` hears of the boxes of a node's children.
 template <class Maker>
 class CushionWalk {
 public:
@@ -185,7 +185,8 @@ public:
         } else {
             ValueWalk().Run(root, cache);
         }
-        Visit(root, cache, place, CushionGeometry::LocalTo(origin_, origin_, size));
+        const LocalRectangle rectangle = CushionGeometry::LocalTo(origin_, origin_, size);
+        Visit(root, cache, place, rectangle, maker_.BoxOf(rectangle));
         while (!open_.empty())
             VisitNextChild(open_.back());
     }
@@ -203,6 +204,7 @@ private:
         float factor;
         Surface surface;
         VisChildOrderCheck order;
+        typename Maker::Cover cover;
     };
 
     void VisitNextChild(Opened& parent)
@@ -210,6 +212,7 @@ private:
         const std::vector<VisDataTree*>& children = parent.node->GetChildren();
         if (parent.next == children.size()) {
             parent.order.Note(*parent.cache);
+            maker_.Finish(parent.cover);
             maker_.Draw(*parent.node, *parent.cache);
             open_.pop_back();
             return;
@@ -234,11 +237,13 @@ private:
             CushionGeometry::LocalTo(origin_, place.position, place.size);
         LocalRectangle ridge = rectangle;
         place.surface.Along(place.mode).AddRidge(place.height, ridge.Along(place.mode));
-        Visit(*child, *cache, place, rectangle);
+        const typename Maker::Box box = maker_.BoxOf(rectangle);
+        maker_.Add(parent.cover, box);
+        Visit(*child, *cache, place, rectangle, box);
     }
 
     void Visit(VisDataTree& node, CushionCache& cache, const Place& place,
-               const LocalRectangle& rectangle)
+               const LocalRectangle& rectangle, const typename Maker::Box& box)
     {
         VisCacheAccess::SetPosition(cache, place.position);
         VisCacheAccess::SetSize(cache, place.size);
@@ -246,16 +251,17 @@ private:
         CushionAccess::StoreCushion(cache, place.mode, place.surface, place.height, place.factor);
         maker_.Show(cache);
         if (node.GetChildren().empty()) {
-            maker_.ShadeLeaf(cache, rectangle);
+            maker_.ShadeLeaf(cache, box);
             maker_.Draw(node, cache);
             return;
         }
         const VisTreeMap_SliceDice childMode = CushionGeometry::ChildModeOf(place.mode);
         LocalRectangle whole = rectangle;
+        const VisAxis axis = CushionGeometry::AxisOf(childMode);
         open_.push_back({&node, &cache, 0, rectangle,
                          Strips(whole.Along(childMode), cache.GetSubtreeValue()), childMode,
                          place.height * place.factor, place.factor, place.surface,
-                         VisChildOrderCheck(CushionGeometry::AxisOf(childMode))});
+                         VisChildOrderCheck(axis), typename Maker::Cover(box, axis)});
     }
 
     Maker& maker_;
@@ -265,8 +271,16 @@ private:
 
 /// Makes neither views nor pixels: the walk leaves nothing but geometry.
 struct GeometryOnly {
+    struct Box {};
+    struct Cover {
+        Cover(const Box& /*box*/, VisAxis /*axis*/) {}
+    };
+
+    Box BoxOf(const LocalRectangle& /*rectangle*/) const { return {}; }
+    void Add(Cover& /*cover*/, const Box& /*box*/) {}
+    void Finish(const Cover& /*cover*/) {}
     void Show(CushionCache& /*cache*/) {}
-    void ShadeLeaf(CushionCache& /*cache*/, const LocalRectangle& /*rectangle*/) {}
+    void ShadeLeaf(CushionCache& /*cache*/, const Box& /*box*/) {}
     void Draw(VisDataTree& /*node*/, CushionCache& /*cache*/) {}
 };
 
@@ -398,31 +412,30 @@ void VisCushionLayout::VisCushionLayoutCache::ResetWithAncestors()
 
 // ---- VisCushionLayout
 
-/// Gives the nodes of a walk their views and shades the leaves into the picture.
+/// Gives the nodes of a walk their views and collects what there is to paint.
 class VisCushionLayout::PictureMaker {
 public:
+    using Box = CushionShading::PixelBox;
+    using Cover = CushionShading::Cover;
+
     PictureMaker(VisCushionLayout& layout, const VisCushionLayoutCache& root,
-                 const KUVMathPoint2Df& origin, float scale, const CushionShading::Canvas& canvas)
-        : layout_(layout), root_(root), origin_(origin), scale_(scale), canvas_(canvas)
+                 const KUVMathPoint2Df& origin, float scale, CushionShading::Picture& picture)
+        : layout_(layout), root_(root), origin_(origin), scale_(scale), picture_(picture)
     {
     }
 
+    Box BoxOf(const LocalRectangle& rectangle) const { return picture_.BoxOf(rectangle); }
+    void Add(Cover& cover, const Box& box) { cover.Add(box, picture_.Gaps()); }
+    void Finish(const Cover& cover) { cover.Finish(picture_.Gaps()); }
     void Show(VisCushionLayoutCache& cache)
     {
         VisCacheAccess::Show(cache, /*expanded=*/1);
         layout_.CreateView(&cache);
     }
-
-    void ShadeLeaf(VisCushionLayoutCache& cache, const LocalRectangle& rectangle)
+    void ShadeLeaf(VisCushionLayoutCache& cache, const Box& box)
     {
-        const LocalRectangle scaled{{rectangle.x.begin * scale_, rectangle.x.end * scale_},
-                                    {rectangle.y.begin * scale_, rectangle.y.end * scale_}};
-        const CushionShading::PixelBox box =
-            CushionShading::PixelsOf(scaled, canvas_.width, canvas_.height);
-        if (!box.IsEmpty())
-            CushionShading::Shade(canvas_, {box, CushionAccess::SurfaceOf(cache), ColourOf(cache)});
+        picture_.AddPatch({box, CushionAccess::SurfaceOf(cache), ColourOf(cache)});
     }
-
     void Draw(VisDataTree& node, VisCushionLayoutCache& cache)
     {
         // The root's view is built at the end, with the picture.
@@ -438,7 +451,7 @@ private:
     const VisCushionLayoutCache& root_;
     KUVMathPoint2Df origin_;
     float scale_;
-    CushionShading::Canvas canvas_;
+    CushionShading::Picture& picture_;
 };
 
 VisCushionLayout::VisCushionLayout(KUVCommand* parent) : VisTreeSpaceFillingLayout(parent)
@@ -491,14 +504,18 @@ void VisCushionLayout::CushionTreemap(VisTreeMap_SliceDice mode, const KUVMathPo
     PixelBuffer pixels(CreatePixels(width, height));
     if (!pixels)
         return;
-    const CushionShading::Canvas canvas{pixels.get(), width, height};
-    CushionShading::FillWhite(canvas, {0, width - 1, 0, height - 1});
+    CushionShading::Picture picture(width, height, scale);
     ShowsBelowAncestors(*root);
     {
         const ComputedCushions computed;
-        PictureMaker maker(*this, *cache, origin, scale, canvas);
+        PictureMaker maker(*this, *cache, origin, scale, picture);
         CushionWalk<PictureMaker>(maker, origin).Run(*root, *cache, mode, size);
+        // The root may leave pixels to nobody, too, where numbers are odd.
+        PictureMaker::Cover whole({0, width - 1, 0, height - 1}, VisAxis::X);
+        maker.Add(whole, maker.BoxOf(CushionGeometry::LocalTo(origin, origin, size)));
+        maker.Finish(whole);
     }
+    picture.PaintInto(pixels.get());
     if (VisTreeSpaceFillingView* const view = cache->GetView())
         view->InitWithTexture(root->IsLeafObject(), ScaleAbout(origin, cache->GetPos(), scale),
                               {static_cast<float>(width), static_cast<float>(height)},

@@ -1,74 +1,35 @@
 #include "private/CushionShading.h"
 
+#include "private/CushionLight.h"
+#include "private/CushionPicture.h"
+#include "private/CushionShadingAvx2.h"
 #include "private/SaturatingCast.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <cstring>
 
 using CushionGeometry::Span;
-using CushionGeometry::Surface;
 
 namespace CushionShading {
 
 namespace {
 
-constexpr float AMBIENT = 40.0f;
-constexpr float DIFFUSE = 215.0f;
-constexpr float LIGHT_X = 0.09759f;
-constexpr float LIGHT_Y = 0.19518f;
-constexpr float LIGHT_Z = 0.9759f;
-constexpr int MAX_INTENSITY = 255;
-
-/// A colour's share of each intensity.
-struct Tint {
-    float red;
-    float green;
-    float blue;
-};
-
-Tint TintOf(unsigned int colour)
+void ShadePlainly(const Canvas& canvas, const Patch& patch)
 {
-    return {static_cast<float>((colour >> 16U) & 255U) / 255.0f,
-            static_cast<float>((colour >> 8U) & 255U) / 255.0f,
-            static_cast<float>(colour & 255U) / 255.0f};
-}
-
-unsigned char ByteOf(float intensity, float share)
-{
-    return static_cast<unsigned char>(TruncateToInt(intensity * share));
-}
-
-void WritePixel(unsigned char* pixel, int intensity, const Tint& tint)
-{
-    const auto value = static_cast<float>(intensity);
-    pixel[0] = ByteOf(value, tint.red);
-    pixel[1] = ByteOf(value, tint.green);
-    pixel[2] = ByteOf(value, tint.blue);
-    pixel[3] = 255;
-}
-
-unsigned char* PixelAt(const Canvas& canvas, int x, int y)
-{
-    const std::size_t row = static_cast<std::size_t>(y) * static_cast<std::size_t>(canvas.width);
-    return canvas.pixels + (row + static_cast<std::size_t>(x)) * 4U;
-}
-
-/// How the normal leans along one axis in the middle of a pixel.
-float NormalAt(const CushionGeometry::Parabola& parabola, int pixel)
-{
-    const float middle = static_cast<float>(pixel) + 0.5f;
-    return -(2.0f * parabola.quadratic * middle + parabola.linear);
-}
-
-int IntensityOf(float nx, float ny)
-{
-    const float cosine =
-        (LIGHT_X * nx + LIGHT_Y * ny + LIGHT_Z) * DIFFUSE / std::sqrt(nx * nx + ny * ny + 1.0f);
-    // Written so that not-a-number counts as dark.
-    const float lit = cosine > 0.0f ? cosine : 0.0f;
-    return std::min(TruncateToInt(lit + AMBIENT), MAX_INTENSITY);
+    const Tint tint = TintOf(patch.colour);
+    for (int y = patch.box.bottom; y <= patch.box.top; ++y) {
+        const float ny = NormalAt(patch.surface.y, y);
+        unsigned char* pixel = PixelAt(canvas, patch.box.left, y);
+        for (int x = patch.box.left; x <= patch.box.right; ++x, pixel += 4) {
+            const auto intensity =
+                static_cast<float>(IntensityOf(NormalAt(patch.surface.x, x), ny));
+            pixel[0] = ByteOf(intensity, tint.red);
+            pixel[1] = ByteOf(intensity, tint.green);
+            pixel[2] = ByteOf(intensity, tint.blue);
+            pixel[3] = 255;
+        }
+    }
 }
 
 /// First and last pixel of a span (in pixels) that have their centres in it.
@@ -100,17 +61,84 @@ void FillWhite(const Canvas& canvas, const PixelBox& box)
         std::memset(PixelAt(canvas, box.left, y), 255, bytes);
 }
 
-void ShadePlainly(const Canvas& canvas, const Patch& patch)
+bool IsAvailable(Way way) { return way == Way::Plain || HasAvx2(); }
+
+void ShadeBy(Way way, const Canvas& canvas, const Patch& patch)
 {
-    const Tint tint = TintOf(patch.colour);
-    for (int y = patch.box.bottom; y <= patch.box.top; ++y) {
-        const float ny = NormalAt(patch.surface.y, y);
-        unsigned char* pixel = PixelAt(canvas, patch.box.left, y);
-        for (int x = patch.box.left; x <= patch.box.right; ++x, pixel += 4)
-            WritePixel(pixel, IntensityOf(NormalAt(patch.surface.x, x), ny), tint);
+    if (patch.box.IsEmpty())
+        return;
+    if (way == Way::Avx2)
+        ShadeWithAvx2(canvas, patch);
+    else
+        ShadePlainly(canvas, patch);
+}
+
+void Shade(const Canvas& canvas, const Patch& patch)
+{
+    static const Way best = IsAvailable(Way::Avx2) ? Way::Avx2 : Way::Plain;
+    ShadeBy(best, canvas, patch);
+}
+
+// ---- pictures
+
+/// The part of the node's box from `first` to `last` along the axis.
+void Cover::AddGap(int first, int last, std::vector<PixelBox>& gaps) const
+{
+    PixelBox gap = whole_;
+    (axis_ == VisAxis::X ? gap.left : gap.bottom) = first;
+    (axis_ == VisAxis::X ? gap.right : gap.top) = last;
+    if (!gap.IsEmpty())
+        gaps.push_back(gap);
+}
+
+void Cover::Add(const PixelBox& child, std::vector<PixelBox>& gaps)
+{
+    if (child.IsEmpty())
+        return;
+    AddGap(next_, std::min(Begin(child) - 1, End(whole_)), gaps);
+    next_ = std::max(next_, End(child) + 1);
+    // A child as high as the node leaves nothing at its sides.
+    PixelBox before = child;
+    PixelBox behind = child;
+    if (axis_ == VisAxis::X) {
+        before = {child.left, child.right, whole_.bottom, child.bottom - 1};
+        behind = {child.left, child.right, child.top + 1, whole_.top};
+    } else {
+        before = {whole_.left, child.left - 1, child.bottom, child.top};
+        behind = {child.right + 1, whole_.right, child.bottom, child.top};
+    }
+    for (const PixelBox& gap : {before, behind}) {
+        if (!gap.IsEmpty())
+            gaps.push_back(gap);
     }
 }
 
-void Shade(const Canvas& canvas, const Patch& patch) { ShadePlainly(canvas, patch); }
+void Cover::Finish(std::vector<PixelBox>& gaps) const { AddGap(next_, End(whole_), gaps); }
+
+PixelBox Picture::BoxOf(const CushionGeometry::LocalRectangle& rectangle) const
+{
+    return PixelsOf({{rectangle.x.begin * scale_, rectangle.x.end * scale_},
+                     {rectangle.y.begin * scale_, rectangle.y.end * scale_}},
+                    width_, height_);
+}
+
+void Picture::AddPatch(const Patch& patch)
+{
+    if (patch.box.IsEmpty())
+        return;
+    // Any number of leaves may share the first half column; only the last one shows.
+    while (!patches_.empty() && patch.box.Holds(patches_.back().box))
+        patches_.pop_back();
+    patches_.push_back(patch);
+}
+
+void Picture::PaintInto(unsigned char* pixels) const
+{
+    const Canvas canvas{pixels, width_, height_};
+    for (const PixelBox& gap : gaps_)
+        FillWhite(canvas, gap);
+    for (const Patch& patch : patches_)
+        Shade(canvas, patch);
+}
 
 }  // namespace CushionShading

@@ -3,8 +3,8 @@
 
 #include "private/CushionGeometry.h"
 
-// Shades leaves into an image, pixel by pixel. Whatever the machine, the bytes are those of the
-// plain loop.
+// Shades leaves into an image, pixel by pixel. Whatever the machine and the way taken, the bytes
+// are those of the plain loop.
 
 namespace CushionShading {
 
@@ -23,6 +23,12 @@ struct PixelBox {
     int top;
 
     bool IsEmpty() const { return right < left || top < bottom; }
+    /// Whether all pixels of `other`, which is not empty, are among these.
+    bool Holds(const PixelBox& other) const
+    {
+        return left <= other.left && other.right <= right && bottom <= other.bottom &&
+               other.top <= top;
+    }
 };
 
 /// The pixels of a rectangle (in pixels, not rounded): those whose centres it holds, up to the
@@ -36,14 +42,24 @@ struct Patch {
     unsigned int colour;
 };
 
-/// Makes the pixels of `box` white.
+/// Makes the pixels of `box`, which lies within the canvas, white.
 void FillWhite(const Canvas& canvas, const PixelBox& box);
 
-/// Shades a patch, whose box lies within the canvas.
+/// Shades a patch, whose box lies within the canvas, in the best way that the machine knows.
 void Shade(const Canvas& canvas, const Patch& patch);
 
-/// The same, one pixel after the other: what all other ways have to equal.
-void ShadePlainly(const Canvas& canvas, const Patch& patch);
+/// Ways to shade that the machine may know.
+enum class Way {
+    /// One pixel after the other: what all other ways have to equal.
+    Plain,
+    /// Eight pixels at a time.
+    Avx2
+};
+
+bool IsAvailable(Way way);
+
+/// Shades in one way, which is available.
+void ShadeBy(Way way, const Canvas& canvas, const Patch& patch);
 
 }  // namespace CushionShading
 
