@@ -51,11 +51,11 @@ PROGRAM = {"std", "posix", "cli11", "json", "include", "host", "core", "import",
 MODULE_TEST = TEST | MODULE | {"core", "player"}
 
 # What each layer may include; its own folder always. "posix" is the platform's C headers, which the
-# module does without.
+# module does without; "compiler" is the vector instructions that the compiler offers as functions.
 ALLOWED = {
     "host": {"std"},
     "include": {"std", "host"},
-    "private": MODULE,
+    "private": MODULE | {"compiler"},
     "module": MODULE,
     "core": {"std", "posix", "host"},
     "import": {"std", "posix", "host", "core", "occt", "assimp", "json"},
@@ -91,6 +91,8 @@ def outside(name):
     """The layer of an include in angle brackets."""
     if name in STD:
         return "std"
+    if name == "immintrin.h":
+        return "compiler"
     if name.startswith("gtest/") or name.startswith("gmock/"):
         return "gtest"
     if name.startswith("rapidcheck"):
