@@ -75,6 +75,8 @@ inline bool IsSeenFrom(VisIcicleAccess::Cache& cache, const VisDataTree* leaf,
     const VisDataTree* const node = cache.GetNode();
     if (nLastNodes == NO_LIMIT || !node || VisIcicleAccess::IsMergedTop(*node))
         return IsSeen(node, 0, {}, nLastNodes);
+    if (!VisIcicleAccess::CacheOf(leaf))
+        return false;
     // This one first: climbing from the leaf then ends here.
     const unsigned int end = cache.ComputeIcicleCursor() + cache.GetIcicleColSpan();
     return IsSeen(node, end, EndOfLeaf(leaf), nLastNodes);

@@ -410,10 +410,12 @@ private:
         place.heightFromAbove = level.heightForChildren;
         if (request_.IsLimited()) {
             place.cursor = CursorBelow(cache, level.end);
-            // The first child shares its first leaf with its parent.
-            place.leaf = index == 0 ? level.leaf
-                                    : FirstLeafEnd(*level.node->GetChildren()[index], cache,
-                                                   place.cursor, STORES);
+            // The first child shares its first leaf with its parent, which has looked there unless
+            // it is a merged top root.
+            const bool isShared = index == 0 && !Access::IsMergedTop(*level.node);
+            place.leaf = isShared ? level.leaf
+                                  : FirstLeafEnd(*level.node->GetChildren()[index], cache,
+                                                 place.cursor, STORES);
         }
         return place;
     }
@@ -462,8 +464,9 @@ KUVMathPoint2Df MeasureAlone(CacheType& cache, const Request& request, unsigned 
         if (request.IsLimited()) {
             const IcicleCache& readOnly = cache;
             place.cursor = readOnly.ComputeIcicleCursor();
-            const bool store = !std::is_const<CacheType>::value && !Access::IsMergedTop(*node);
-            place.leaf = FirstLeafEnd(*node, cache, place.cursor, store);
+            if (!Access::IsMergedTop(*node))
+                place.leaf =
+                    FirstLeafEnd(*node, cache, place.cursor, !std::is_const<CacheType>::value);
         }
     }
     return walk.Run(cache, place);
