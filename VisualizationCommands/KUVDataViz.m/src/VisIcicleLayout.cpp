@@ -1,6 +1,7 @@
 #include "VisIcicleLayout.h"
 
 #include "private/CacheAccess.h"
+#include "private/ChildOrder.h"
 #include "private/IcicleAccess.h"
 #include "private/IcicleColumns.h"
 #include "private/IcicleGeometry.h"
@@ -196,11 +197,10 @@ int VisIcicleLayout::AlignIciclePlotLeaves(VisDataTree* node)
         return 0;
     AlignWalk align;
     const unsigned int columns = align.Run(*start);
-    const unsigned char stretched = align.IsAnyLeafStretched() ? 1 : 0;
     VisPreOrderWalk<VisDataTree> walk(start);
     while (const VisDataTree* const below = walk.Next()) {
         if (IcicleCache* const cache = IcicleCacheOf(below))
-            Access::StretchedLeaves(*cache) = stretched;
+            Access::SetStretchedLeaves(*cache, align.IsAnyLeafStretched());
     }
     return static_cast<int>(columns);
 }
@@ -250,17 +250,16 @@ public:
         VisDataTree* const leaf = plan_.request.IsLimited() ? root.GetFirstLeaf() : nullptr;
         Open(root, cache, plan_.origin, depth, leaf);
         for (;;) {
-            Level& level = open_.back();
-            if (level.left > 0) {
-                OpenChild(level, --level.left);
+            if (OpenNextChild(open_.back()))
                 continue;
-            }
-            const unsigned int columns = Finish(level);
-            const IcicleCache& finished = *level.cache;
+            const Level level = open_.back();
+            Finish(level);
+            VisNoteChildOrder(*level.node, *level.cache, VisAxis::Y);
             open_.pop_back();
+            const unsigned int columns = level.columns.span + level.largest;
             if (open_.empty())
                 return columns;
-            AddChild(open_.back(), finished, columns);
+            AddChild(open_.back(), *level.cache, columns);
         }
     }
 
@@ -283,41 +282,66 @@ private:
         int heightForChildren = NOT_CLIMBED;
     };
 
-    void OpenChild(const Level& level, std::size_t index)
+    /// Plots children, from the last to the first, until one has children itself and is opened.
+    bool OpenNextChild(Level& level)
     {
-        VisDataTree* const child = level.node->GetChildren()[index];
-        IcicleCache* const cache = IcicleCacheOf(child);
-        if (!cache)
-            return;
-        VisDataTree* leaf = nullptr;
-        if (plan_.request.IsLimited())
-            leaf = index == 0 ? level.leaf : child->GetFirstLeaf();
-        const KUVMathPoint2Df corner = level.corner;
-        Open(*child, *cache, corner, level.columns.depth + level.columns.span, leaf);
+        const Children& children = level.node->GetChildren();
+        const unsigned int depth = level.columns.depth + level.columns.span;
+        while (level.left > 0) {
+            VisDataTree* const child = children[--level.left];
+            IcicleCache* const cache = IcicleCacheOf(child);
+            if (!cache)
+                continue;
+            if (!IcicleColumns::IsPlainLeaf(*child, *cache)) {
+                VisDataTree* leaf = nullptr;
+                if (plan_.request.IsLimited())
+                    leaf = level.left == 0 ? level.leaf : child->GetFirstLeaf();
+                const KUVMathPoint2Df corner = level.corner;
+                Open(*child, *cache, corner, depth, leaf);
+                return true;
+            }
+            PlaceNode(*cache, level.corner, depth, child);
+            Level plotted{child, cache, 0, level.corner, child, ColumnsOf(*cache, depth)};
+            // A leaf sees itself.
+            plotted.visible = plan_.request.nLastNodes > 0;
+            Finish(plotted);
+            AddChild(level, *cache, plotted.columns.span);
+        }
+        return false;
     }
 
     void Open(VisDataTree& node, IcicleCache& cache, const KUVMathPoint2Df& corner,
               unsigned int depth, VisDataTree* leaf)
     {
+        PlaceNode(cache, corner, depth, leaf);
+        VisCacheAccess::ChildOrder(cache) = VisChildOrder::Unknown;
+        Level level{&node,  &cache, node.GetChildren().size(),
+                    corner, leaf,   ColumnsOf(cache, depth)};
+        level.visible = IcicleColumns::IsSeenFrom(cache, leaf, plan_.request.nLastNodes);
+        const unsigned int advance =
+            IcicleGeometry::AdvancedColumns(level.columns, plan_.request, level.visible);
+        const long long width = IcicleColumns::WidthOfColumn(cache) + GAP;
+        if (advance > 0)
+            level.corner.x += static_cast<float>(width * advance) * plan_.stretch.x;
+        open_.push_back(level);
+    }
+
+    /// What goes before the children. `leaf` is the first leaf below the node.
+    void PlaceNode(IcicleCache& cache, const KUVMathPoint2Df& corner, unsigned int depth,
+                   VisDataTree* leaf)
+    {
         maker_.Show(cache);
         VisCacheAccess::SetExpanded(cache, 1);
         VisCacheAccess::SetDiscarded(cache, 1);
-        VisCacheAccess::HiddenBelow(cache) = 0;
         const KUVMathPoint2Df size = SizeOf(cache, depth, leaf);
         VisCacheAccess::SetSize(cache, {size.x * plan_.stretch.x, size.y * plan_.stretch.y});
         VisCacheAccess::SetPosition(cache, corner);
         Access::SetCursor(cache, depth);
+    }
 
-        Level level{
-            &node,  &cache, node.GetChildren().size(),
-            corner, leaf,   {depth, cache.GetIcicleColSpan(), plan_.minDepth, plan_.maxDepth}};
-        level.visible = IcicleColumns::IsSeenFrom(cache, leaf, plan_.request.nLastNodes);
-        const unsigned int advance =
-            IcicleGeometry::AdvancedColumns(level.columns, plan_.request, level.visible);
-        const long long width = cache.GetMinIciclePlotSizeMajor() + GAP;
-        if (advance > 0)
-            level.corner.x += static_cast<float>(width * advance) * plan_.stretch.x;
-        open_.push_back(level);
+    Columns ColumnsOf(const IcicleCache& cache, unsigned int depth) const
+    {
+        return {depth, cache.GetIcicleColSpan(), plan_.minDepth, plan_.maxDepth};
     }
 
     /// A merged top root is not visible whatever its leaf says, and does not have it compute its
@@ -372,7 +396,8 @@ private:
         level.hasPlotted = true;
     }
 
-    unsigned int Finish(const Level& level)
+    /// What goes behind the children.
+    void Finish(const Level& level)
     {
         IcicleCache& cache = *level.cache;
         if (level.visible) {
@@ -384,14 +409,13 @@ private:
             if (level.hasPlotted)
                 VisCacheAccess::SetPosition(cache, {level.leftmost, cache.GetPos().y});
         }
-        return level.columns.span + level.largest;
     }
 
     KUVMathPoint2Df GraphicalSizeOf(const Level& level)
     {
         const int columns = IcicleGeometry::DrawnColumns(level.columns, plan_.request);
         const auto width = static_cast<float>(
-            IcicleGeometry::WidthOf(columns, level.cache->GetMinIciclePlotSizeMajor()));
+            IcicleGeometry::WidthOf(columns, IcicleColumns::WidthOfColumn(*level.cache)));
         return {plan_.scale * plan_.stretch.x * width, plan_.scale * level.cache->GetSize().y};
     }
 

@@ -42,7 +42,11 @@ struct VisIcicleAccess {
         cache.lastInlineLabels_ = inlineLabels;
     }
     static unsigned char InlineLabels(const Cache& cache) { return cache.lastInlineLabels_; }
-    static unsigned char& StretchedLeaves(Cache& cache) { return cache.stretchedLeaves_; }
+    static void SetStretchedLeaves(Cache& cache, bool stretched)
+    {
+        cache.stretchedLeaves_ = stretched ? 1 : 0;
+    }
+    static bool HasStretchedLeaves(const Cache& cache) { return cache.stretchedLeaves_ != 0; }
 };
 
 #endif

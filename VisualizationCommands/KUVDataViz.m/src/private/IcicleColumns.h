@@ -13,6 +13,24 @@ namespace IcicleColumns {
 using IcicleGeometry::NO_LIMIT;
 using IcicleGeometry::NOT_COMPUTED;
 
+/// The width of one column of a node.
+inline int WidthOfColumn(const VisIcicleAccess::Cache& cache)
+{
+    if (cache.GetShowLabel() == 0)
+        return IcicleGeometry::WIDTH_WITHOUT_LABEL;
+    const VisDataTree* const node = cache.GetNode();
+    if (!node || !node->GetCache() || node->IsLeafObject() == 0)
+        return IcicleGeometry::WIDTH;
+    return VisIcicleAccess::HasStretchedLeaves(cache) ? IcicleGeometry::WIDTH
+                                                      : IcicleGeometry::LEAF_WIDTH;
+}
+
+/// Whether a node of a plot is an ordinary leaf, which is its own first leaf and hides nothing.
+inline bool IsPlainLeaf(const VisDataTree& node, const VisIcicleAccess::Cache& cache)
+{
+    return node.GetChildren().empty() && node.IsMerged() == 0 && cache.GetNode() == &node;
+}
+
 /// Where the first leaf below a node ends, if that leaf has a cache.
 struct LeafEnd {
     bool known = false;

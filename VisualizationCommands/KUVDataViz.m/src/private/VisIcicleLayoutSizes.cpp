@@ -164,12 +164,7 @@ int VisIcicleLayout::VisIcicleLayoutCache::ComputeMinDepthWithVisibility(int dep
 
 int VisIcicleLayout::VisIcicleLayoutCache::GetMinIciclePlotSizeMajor() const
 {
-    if (GetShowLabel() == 0)
-        return IcicleGeometry::WIDTH_WITHOUT_LABEL;
-    const VisDataTree* const node = GetNode();
-    if (!node || !node->GetCache() || node->IsLeafObject() == 0)
-        return IcicleGeometry::WIDTH;
-    return stretchedLeaves_ != 0 ? IcicleGeometry::WIDTH : IcicleGeometry::LEAF_WIDTH;
+    return IcicleColumns::WidthOfColumn(*this);
 }
 
 // ---- sizes
@@ -388,17 +383,38 @@ private:
         const Children& children = level.node->GetChildren();
         while (level.next < children.size()) {
             const std::size_t index = level.next++;
-            CacheType* const cache = IcicleCacheOf(children[index]);
+            VisDataTree* const child = children[index];
+            CacheType* const cache = IcicleCacheOf(child);
             if (!cache)
                 continue;
             KUVMathPoint2Df size;
             if (IsRemembered(*cache, request_))
                 size = cache->GetIcicleSize();
+            else if (IcicleColumns::IsPlainLeaf(*child, *cache) &&
+                     level.columns.minDepth != NOT_GIVEN)
+                size = MeasureLeaf(level, *cache);
             else if (!Visit(*cache, PlaceOfChild(level, index, *cache), size))
                 return true;
             level.sizes.Add(size);
         }
         return false;
+    }
+
+    /// The same as a visit, without what a leaf does not need: it sees itself, and its own icon
+    /// asks for no more than the height of any leaf.
+    KUVMathPoint2Df MeasureLeaf(const Level& level, CacheType& cache)
+    {
+        const bool visible = request_.nLastNodes > 0;
+        if constexpr (STORES) {
+            if (request_.IsLimited())
+                Access::SetCursor(cache, CursorBelow(cache, level.end));
+        }
+        const Columns columns{level.columns.depth + level.columns.span, cache.GetIcicleColSpan(),
+                              level.columns.minDepth, level.columns.maxDepth};
+        const long long width = IcicleGeometry::WidthOf(MeasuredColumns(columns, request_, visible),
+                                                        IcicleColumns::WidthOfColumn(cache));
+        return Store(cache, IcicleGeometry::SizeOf(width, 0, {}, visible,
+                                                   visible ? level.heightForChildren : 0));
     }
 
     Place PlaceOfChild(const Level& level, std::size_t index, const IcicleCache& cache)
@@ -424,7 +440,7 @@ private:
     {
         const int columns = MeasuredColumns(level.columns, request_, level.visible);
         const long long width =
-            IcicleGeometry::WidthOf(columns, level.cache->GetMinIciclePlotSizeMajor());
+            IcicleGeometry::WidthOf(columns, IcicleColumns::WidthOfColumn(*level.cache));
         int smallest = 0;
         if (level.visible)
             smallest = std::max(HeightForIcon(*level.cache, *level.node, request_.inlineLabels),
