@@ -11,6 +11,7 @@
 
 #include "KUV2D.h"
 #include "VisDataTree.h"
+#include "VisIcicleLayout.h"
 #include "VisTreeSpaceFillingLayout.h"
 #include "VisTreeSpaceFillingLayoutCache.h"
 #include "player/EventPlayer.h"
@@ -107,6 +108,8 @@ void Stage::SetUp()
     Drawing drawing;
     drawing.size = {options_.at("size").at(0), options_.at("size").at(1)};
     drawing.scale = options_.value("scale", 1.0F);
+    drawing.lastColumns = options_.value("lastColumns", NO_COLUMN_LIMIT);
+    drawing.relativeToMinDepth = options_.value("relativeToMinDepth", false);
     height_ = drawing.size.y * drawing.scale;
     owner_->Draw(drawing);
     const ViewerSettings viewer{drawing.size.x * drawing.scale, height_,
@@ -202,6 +205,8 @@ std::string Stage::StateOf(const std::string& key) const
             text = LabelOf(stack.top()) + (text.empty() ? "" : ", ") + text;
         return text;
     }
+    if (key == "lastColumns")
+        return ColumnsText(owner_->Icicle()->GetNLastNodes());
     throw std::runtime_error("a step cannot expect \"" + key + "\"");
 }
 

@@ -35,6 +35,26 @@ TEST(InteractionScripts, DoWhatTheySay)
     std::cout << "count: " << scripts << " interaction scripts with " << steps << " steps played\n";
 }
 
+TEST(InteractionScripts, DoWhatTheySayInTheEnvironmentThatTheyAskFor)
+{
+    // The module reads its switches once a process, so each environment gets a process of its own.
+    std::set<std::string> environments;
+    for (const InteractionScript& script : AllScripts()) {
+        std::string variables;
+        for (const auto& [name, value] : script.environment.items())
+            variables += name + "=" + value.get<std::string>() + " ";
+        if (!variables.empty())
+            environments.insert(variables);
+    }
+    EXPECT_FALSE(environments.empty());
+    const std::string self = std::filesystem::read_symlink("/proc/self/exe").string();
+    for (const std::string& variables : environments) {
+        const std::string command =
+            variables + "'" + self + "' --gtest_filter=InteractionScripts.DoWhatTheySay";
+        EXPECT_EQ(std::system(command.c_str()), 0) << command;
+    }
+}
+
 TEST(InteractionScripts, HaveTitlesOfTheirOwnAndSteps)
 {
     std::set<std::string> titles;
