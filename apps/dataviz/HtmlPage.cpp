@@ -13,7 +13,9 @@
 #include "HtmlPageFiles.h"
 
 #include "KUV2D.h"
+#include "VisCushionLayout.h"
 #include "VisDataTree.h"
+#include "VisPathUtility.h"
 #include "VisTreeSpaceFillingLayout.h"
 #include "VisTreeSpaceFillingLayoutCache.h"
 #include "VisTreeSpaceFillingView.h"
@@ -152,6 +154,18 @@ int FirstPixel(float position)
     return static_cast<int>(std::ceil(static_cast<double>(position) - 0.5));
 }
 
+std::string Swatch(const std::string& color)
+{
+    return "<span class=\"swatch\" style=\"background:" + color + "\"></span>";
+}
+
+/// Of a colour of the cushion tree map.
+std::string Swatch(unsigned int index)
+{
+    const unsigned int color = VisCushionLayout::COLOR_MAP[index];
+    return Swatch(HexColor(color >> 16U & 255U, color >> 8U & 255U, color & 255U));
+}
+
 std::string Term(const std::string& name, const std::string& meaning)
 {
     return "<dt>" + name + "</dt>\n<dd>" + meaning + "</dd>\n";
@@ -260,6 +274,8 @@ std::string HtmlPage::Title() const
     return label.empty() ? FileName(options_.input) : label;
 }
 
+std::string HtmlPage::Measure() const { return picture_.Tree().IsModel() ? "triangles" : "value"; }
+
 std::string HtmlPage::Facts() const
 {
     const std::string name = options_.layout == "treemap"   ? "tree map"
@@ -294,50 +310,71 @@ std::string HtmlPage::LevelColors() const
     for (const auto& [level, color] : colors) {
         if (!known.insert(color).second)
             break;
-        swatches += "<span class=\"swatch\" style=\"background:" + color + "\"></span>" +
-                    std::to_string(level) + ' ';
+        swatches += Swatch(color) + std::to_string(level) + ' ';
     }
     return swatches;
 }
 
-std::string HtmlPage::Legend() const
+std::string HtmlPage::SizeMeaning() const
 {
-    const bool isModel = picture_.Tree().IsModel();
-    const VisDataTree::VisDataTreeCache& root = *picture_.Tree().Root()->GetCache();
-    const std::string measure = isModel ? "triangles" : "value";
-    std::string size;
+    const std::string measure = Measure();
     if (options_.layout == "cushion")
-        size = root.ResizeWithValue() != 0
+        return picture_.Tree().Root()->GetCache()->ResizeWithValue() != 0
                    ? "Areas are in proportion to the " + measure + " of the leaves in them."
                    : "Areas are in proportion to the number of leaves in them, whatever their " +
-                         measure + ".";
-    else if (options_.layout == "icicle")
-        size =
-            "Columns are levels, and all leaves end in the last one. Heights follow the room that "
-            "the leaves need: they are no measure of the " +
-            measure + ".";
-    else
-        size =
-            "Each rectangle has the room that the labels inside it need: areas are no measure of "
-            "the " +
-            measure + ".";
-    std::string color;
+                         measure + '.';
+    if (options_.layout == "icicle")
+        return "Columns are levels. Heights follow the room that the labels of the leaves need: "
+               "they are no measure of the " +
+               measure + '.';
+    return "Each rectangle has the room that the labels inside it need: areas are no measure of "
+           "the " +
+           measure + '.';
+}
+
+std::string HtmlPage::CushionColors() const
+{
+    const bool isModel = picture_.Tree().IsModel();
+    const std::string shading = "The shading shows what belongs together.";
+    if (picture_.Tree().Root()->GetCache()->ColorWithValue() == 0)
+        return "None. " + shading;
+    if (isModel && options_.colorIndex == "product")
+        return "The product, eight colours in turn. " + shading;
+    if (isModel && options_.colorIndex == "kind")
+        return Swatch(0) + "shape" + Swatch(VisPathUtility::VisPath_Face) + "face" +
+               Swatch(VisPathUtility::VisPath_Edge) + "edge" +
+               Swatch(VisPathUtility::VisPath_Vertex) + "vertex. " + shading;
+    if (!isModel || options_.colorIndex != "share")
+        return "The colour value: eight colours from 0 to 7, and white for any other. " + shading;
+    std::string classes = "Share of the whole:";
+    for (unsigned int i = 0; i < VisCushionLayout::MAX_COLOR_MAP; ++i)
+        classes += Swatch(i) + (i == 0 ? "below" : "from") + " 1/" +
+                   std::to_string(1U << (VisCushionLayout::MAX_COLOR_MAP - std::max(i, 1U)));
+    return classes + ". " + shading;
+}
+
+std::string HtmlPage::ColorMeaning() const
+{
     if (options_.layout == "cushion")
-        color = root.ColorWithValue() != 0
-                    ? "The colour number of each leaf: eight colours, and white for any other "
-                      "number. The shading shows what belongs together."
-                    : "None. The shading shows what belongs together.";
-    else if (root.ColorWithValue() != 0 || root.ResizeWithValue() != 0)
-        color = std::string("Share of the root's ") +
-                (root.ColorWithValue() != 0 && !isModel ? "colour value" : measure) +
-                ": the lighter, the heavier; white is as heavy as the root.";
-    else
-        color = "The level below the root, in turn: " + LevelColors();
-    std::string legend = Term("Size", size) + Term("Colour", color);
-    if (std::any_of(entries_.begin(), entries_.end(), [](const Entry& entry) {
-            return entry.isDrawn && ReadNode(*entry.node).image != nullptr &&
-                   CacheOf(*entry.node)->IsExpanded() == 0;
-        }))
+        return CushionColors();
+    if (options_.layout == "icicle")
+        return "None.";
+    const VisDataTree::VisDataTreeCache& root = *picture_.Tree().Root()->GetCache();
+    if (root.ColorWithValue() == 0 && root.ResizeWithValue() == 0)
+        return "The level below the root, in turn: " + LevelColors();
+    const bool isColorValue = root.ColorWithValue() != 0 && !picture_.Tree().IsModel();
+    return "Share of the root's " + (isColorValue ? "colour value" : Measure()) +
+           ": the lighter, the heavier; white is as heavy as the root.";
+}
+
+std::string HtmlPage::Legend() const
+{
+    std::string legend = Term("Size", SizeMeaning()) + Term("Colour", ColorMeaning());
+    const bool hasClosed = std::any_of(entries_.begin(), entries_.end(), [](const Entry& entry) {
+        return entry.isDrawn && ReadNode(*entry.node).image != nullptr &&
+               CacheOf(*entry.node)->IsExpanded() == 0;
+    });
+    if (hasClosed)
         legend +=
             Term("Grid of squares", "What is inside found no room; a larger picture opens it.");
     return legend;
@@ -392,8 +429,7 @@ std::string HtmlPage::Data() const
         if (entries_[i].node == selection && entries_[i].isDrawn)
             selected = static_cast<std::int64_t>(i);
     }
-    std::string data = "{\"title\":" + JsonText(Title()) + ",\"unit\":\"" +
-                       (picture_.Tree().IsModel() ? "triangles" : "value") +
+    std::string data = "{\"title\":" + JsonText(Title()) + ",\"unit\":\"" + Measure() +
                        "\",\"total\":" + JsonNumber(SizeValue(*picture_.Tree().Root())) +
                        ",\"selected\":" + std::to_string(selected) +
                        ",\"active\":" + ActiveLabels() + ",\"nodes\":[\n";
@@ -426,10 +462,13 @@ std::string HtmlPage::Value(const std::string& name, const std::string& svg) con
         return pixelWidth_ > pixelHeight_ ? "landscape" : "portrait";
     if (name == "width")
         return std::to_string(options_.width);
-    // A sheet of paper holds no legible picture that is much higher than wide.
-    constexpr int TALL = 3;
+    // A higher picture is not legible on one sheet of paper; it goes over several.
+    constexpr std::uint32_t HIGHEST_ON_PAPER = 2000;
     if (name == "shape")
-        return pixelHeight_ / TALL > pixelWidth_ ? " class=\"tall\"" : "";
+        return " data-highest-on-paper=\"" + std::to_string(HIGHEST_ON_PAPER) + '"' +
+               (options_.height > options_.width && options_.height > HIGHEST_ON_PAPER
+                    ? " class=\"tall\""
+                    : "");
     if (name == "scriptHash") {
         // The script element holds a line break before the script.
         const QByteArray script = QByteArray("\n") + PAGE_SCRIPT;

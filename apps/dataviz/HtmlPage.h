@@ -49,6 +49,11 @@ private:
     paint::PixelBox BoxOf(const VisTreeSpaceFillingView& view) const;
     std::string Title() const;
     std::string Facts() const;
+    /// What the values count, in words.
+    std::string Measure() const;
+    std::string SizeMeaning() const;
+    std::string CushionColors() const;
+    std::string ColorMeaning() const;
     std::string Legend() const;
     std::string LevelColors() const;
     std::string Data() const;

@@ -12,6 +12,7 @@
   const picture = byId("picture");
   const svg = picture.querySelector("svg");
   const [WIDTH, HEIGHT] = svg.getAttribute("viewBox").split(" ").slice(2).map(Number);
+  const UNIT = WIDTH / parseFloat(document.body.style.getPropertyValue("--picture-width")); // pixels of a layout unit
   const NONE = -1;
 
   // ---- small things
@@ -77,10 +78,19 @@
     return [numberOf(piece, "x"), numberOf(piece, "y"), numberOf(source, "width"), numberOf(source, "height")];
   }
 
-  /** The outlines of what was selected or highlighted give way to the page's own marks. */
+  /** What marks a node as selected or highlighted: an outline, or a plate one unit inside its edges. */
+  function isMark(piece, background) {
+    if (piece.tagName === "rect") return piece.hasAttribute("stroke");
+    if (!background || (piece.tagName !== "image" && piece.tagName !== "use")) return false;
+    const [, , width, height] = boxOf(piece);
+    const [, , wholeWidth, wholeHeight] = boxOf(background);
+    return width >= wholeWidth - 2 * UNIT - 1 && height >= wholeHeight - 2 * UNIT - 1;
+  }
+
+  /** The picture's marks give way to the page's own. */
   function readGroup(node) {
     for (const piece of [...node.group.children]) {
-      if (piece.tagName === "rect" && piece.hasAttribute("stroke")) {
+      if (isMark(piece, node.background)) {
         piece.remove();
       } else if (piece.tagName === "text") {
         node.text = piece;
@@ -253,18 +263,66 @@
       inner[0] + inner[2] <= outer[0] + outer[2] + 1 && inner[1] + inner[3] <= outer[1] + outer[3] + 1;
   }
 
+  /** Maps a coordinate: gaps before nodes stay as wide as they are, everything else grows evenly. */
+  function growing(some, axis, from, to) {
+    const WIDEST = 4 * UNIT;
+    const ascending = (values) => [...new Set(values)].sort((a, b) => a - b);
+    const ends = ascending(some.map(({ drawn }) => drawn[axis] + drawn[axis + 2]));
+    const gaps = []; // each with its start, its width, and the width of those before it
+    let sum = 0;
+    let next = 0;
+    for (const start of ascending(some.map(({ drawn }) => drawn[axis]))) {
+      while (next < ends.length && ends[next] <= start) ++next;
+      const width = next > 0 ? start - ends[next - 1] : 0;
+      if (width <= 0 || width > WIDEST) continue;
+      gaps.push({ start: ends[next - 1], width, before: sum });
+      sum += width;
+    }
+    const factor = Math.max(0, to[axis + 2] - sum) / Math.max(from[axis + 2] - sum, 1e-9);
+    return (position) => {
+      let [low, high] = [0, gaps.length];
+      while (low < high) {
+        const middle = (low + high) >> 1;
+        if (gaps[middle].start < position) low = middle + 1;
+        else high = middle;
+      }
+      const last = gaps[low - 1];
+      const kept = last ? last.before + Math.min(last.width, position - last.start) : 0;
+      return to[axis] + kept + (position - from[axis] - kept) * factor;
+    };
+  }
+
+  const HIGHEST_ON_PAPER = Number(picture.dataset.highestOnPaper); // that is legible on one sheet
+  let shownHeight = HEIGHT;
+
+  /** A picture that is higher than the window becomes no higher than its content needs. */
+  function fitHeight(needed) {
+    const ofWindow = innerHeight * (WIDTH / Math.max(svg.clientWidth, 1));
+    shownHeight = Math.min(HEIGHT, Math.max(ofWindow * 0.8, needed));
+    svg.setAttribute("viewBox", `0 0 ${WIDTH} ${shownHeight}`);
+    svg.setAttribute("height", shownHeight);
+    picture.classList.toggle("tall", shownHeight > WIDTH && shownHeight > HIGHEST_ON_PAPER * UNIT);
+  }
+
   /** Gives the nodes of the subtree their rectangles in the zoomed picture. */
   function placeSubtree() {
     const some = order.filter(isShown);
     const from = bounds(some);
-    const whole = [0, 0, WIDTH, HEIGHT];
-    if (!backdrop && contains(nodes[root].drawn, from)) {
+    fitHeight(from[3]);
+    const whole = [0, 0, WIDTH, shownHeight];
+    if (backdrop) {
+      for (const node of some) node.box = mapped(node.drawn, from, whole);
+      setBox(backdrop.piece, mapped(backdrop.box, from, whole));
+    } else if (contains(nodes[root].drawn, from)) {
       nodes[root].box = whole;
       for (const node of some) if (node.children.length > 0) placeChildren(node);
-      return;
+    } else {
+      const [toX, toY] = [0, 1].map((axis) => growing(some, axis, from, whole));
+      for (const node of some) {
+        const [x, y, width, height] = node.drawn;
+        node.box = [toX(x), toY(y), toX(x + width) - toX(x), toY(y + height) - toY(y)];
+      }
     }
-    for (const node of some) node.box = mapped(node.drawn, from, whole);
-    if (backdrop) setBox(backdrop.piece, mapped(backdrop.box, from, whole));
   }
 
   // ---- zoom: how a node looks
@@ -295,12 +353,16 @@
     return "";
   }
 
-  /** Pieces besides the background stand at the node's upper left corner or about its middle. */
-  function movedAlong(position, size, from, extent, to, newExtent, nearStart) {
-    const middle = position + size / 2 - (from + extent / 2);
-    const isCentred = Math.abs(middle) < 1.5 && position - from > 3;
-    const isAtStart = position - from <= nearStart;
-    return isCentred || !isAtStart ? to + newExtent / 2 + middle - size / 2 : to + position - from;
+  /** Pieces besides the background stand at the node's left or upper edge, or about its middle. */
+  function isCentred(position, size, from, extent) {
+    return Math.abs(position + size / 2 - (from + extent / 2)) < 1.5 * UNIT && position - from > 3 * UNIT;
+  }
+
+  function movedDown(y, height, node) {
+    const [, from, , extent] = node.drawn;
+    const [, to, , newExtent] = node.box;
+    const isAtEdge = y - from <= 2.5 * UNIT && !isCentred(y, height, from, extent);
+    return isAtEdge ? to + y - from : to + newExtent / 2 + y - (from + extent / 2);
   }
 
   function makeZoomed(node) {
@@ -324,28 +386,37 @@
     return red + green + blue > 384;
   }
 
+  /** How much of a line of text is above its baseline and below it, by the size of its font. */
+  const lines = new Map();
+
+  function readLines() {
+    for (const line of svg.dataset.lines.split(";")) {
+      const [em, above, below] = line.split(" ").map(Number);
+      lines.set(em, [above, below]);
+    }
+  }
+
   function placeText(node, made) {
-    const { text } = node;
+    const { text, drawn, box } = node;
     const size = numberOf(text, "font-size");
-    const width = numberOf(text, "textLength");
-    const [x, y] = [numberOf(text, "x"), numberOf(text, "y")];
-    const [left, top, boxWidth, boxHeight] = node.box;
-    const start = movedAlong(x, width, node.drawn[0], node.drawn[2], left, boxWidth, Infinity);
-    const isCentred = Math.abs(start - left - (x - node.drawn[0])) > 0.01;
-    const room = isCentred ? boxWidth - 4 : boxWidth - (start - left) - 2;
-    const shown = boxHeight >= size ? fitting(node.label, size, room) : "";
+    const [above, below] = lines.get(size) || [size, 0];
+    const x = numberOf(text, "x");
+    const isInMiddle = isCentred(x, numberOf(text, "textLength"), drawn[0], drawn[2]);
+    const room = isInMiddle ? box[2] - 4 * UNIT : box[2] - (x - drawn[0]) - 2 * UNIT;
+    const shown = box[3] >= above ? fitting(node.label, size, room) : "";
     if (!shown) return false;
     made.text.textContent = shown;
-    made.text.setAttribute("text-anchor", isCentred ? "middle" : "start");
-    made.text.setAttribute("x", isCentred ? left + boxWidth / 2 : start);
-    made.text.setAttribute("y", movedAlong(y, 0, node.drawn[1], node.drawn[3], top, boxHeight, 1.5 * size));
+    made.text.setAttribute("text-anchor", isInMiddle ? "middle" : "start");
+    made.text.setAttribute("x", isInMiddle ? box[0] + box[2] / 2 : box[0] + x - drawn[0]);
+    made.text.setAttribute("y", movedDown(numberOf(text, "y") - above, above + below, node) + above);
     return true;
   }
 
   function placeIcon(node, { drawn, piece }) {
     const [x, y, width, height] = boxOf(drawn);
-    piece.setAttribute("x", movedAlong(x, width, node.drawn[0], node.drawn[2], node.box[0], node.box[2], 8));
-    piece.setAttribute("y", movedAlong(y, height, node.drawn[1], node.drawn[3], node.box[1], node.box[3], 8));
+    const isInMiddle = isCentred(x, width, node.drawn[0], node.drawn[2]);
+    piece.setAttribute("x", isInMiddle ? node.box[0] + (node.box[2] - width) / 2 : node.box[0] + x - node.drawn[0]);
+    piece.setAttribute("y", movedDown(y, height, node));
   }
 
   function showZoomed(node) {
@@ -358,11 +429,11 @@
       setBox(made.grid, [node.box[0], node.box[1] + band, node.box[2], node.box[3] - band]);
       pieces.push(made.grid);
     }
+    if (made.text && placeText(node, made)) pieces.push(made.text);
     for (const icon of made.icons) {
       placeIcon(node, icon);
       pieces.push(icon.piece);
     }
-    if (made.text && placeText(node, made)) pieces.push(made.text);
     node.group.replaceChildren(...pieces);
   }
 
@@ -386,6 +457,7 @@
   }
 
   function showAll() {
+    fitHeight(HEIGHT);
     showPieces([]);
     if (backdrop) setBox(backdrop.piece, backdrop.box);
   }
@@ -411,9 +483,9 @@
   /** The picture grows out of the place where it was, or shrinks back to it. */
   function animate(from, to) {
     if (matchMedia("(prefers-reduced-motion: reduce)").matches || !svg.animate) return;
-    const scale = [svg.clientWidth / WIDTH, svg.clientHeight / HEIGHT];
+    const scale = svg.clientWidth / WIDTH;
     const [x, y] = [from[2] / Math.max(to[2], 1), from[3] / Math.max(to[3], 1)];
-    const start = `translate(${(from[0] - to[0] * x) * scale[0]}px, ${(from[1] - to[1] * y) * scale[1]}px) scale(${x}, ${y})`;
+    const start = `translate(${(from[0] - to[0] * x) * scale}px, ${(from[1] - to[1] * y) * scale}px) scale(${x}, ${y})`;
     svg.animate([{ transform: start, opacity: 0.6 }, { transform: "none", opacity: 1 }], { duration: 220, easing: "ease-out" });
   }
 
@@ -427,7 +499,7 @@
     else showSubtree();
     const common = root === NONE ? previous : root;
     const after = nodes[common].box;
-    const before = root === NONE || previous !== NONE ? [0, 0, WIDTH, HEIGHT] : nodes[common].drawn;
+    const before = root === NONE || previous !== NONE ? [0, 0, WIDTH, shownHeight] : nodes[common].drawn;
     animate(before, after);
     showCrumbs();
     if (!selected || !isShown(selected)) select(root === NONE ? tops[0] : nodes[root]);
@@ -584,8 +656,8 @@
   /** Where a node stands in the window. */
   function windowBox(node) {
     const outer = svg.getBoundingClientRect();
-    const [x, y] = [outer.width / WIDTH, outer.height / HEIGHT];
-    return [outer.left + node.box[0] * x, outer.top + node.box[1] * y, node.box[2] * x, node.box[3] * y];
+    const scale = outer.width / WIDTH;
+    return [outer.left + node.box[0] * scale, outer.top + node.box[1] * scale, node.box[2] * scale, node.box[3] * scale];
   }
 
   function showTooltipAt(node) {
@@ -634,7 +706,7 @@
       outermost.push(node);
     }
     const isSearching = query.value.trim() !== "";
-    markOf.veil.setAttribute("d", isSearching ? outline([0, 0, WIDTH, HEIGHT]) + outermost.map(({ box }) => outline(box)).join("") : "");
+    markOf.veil.setAttribute("d", isSearching ? outline([0, 0, WIDTH, shownHeight]) + outermost.map(({ box }) => outline(box)).join("") : "");
     markOf.hits.setAttribute("d", shown.map(({ box }) => outline(box)).join(""));
   }
 
@@ -797,8 +869,7 @@
 
   function offerFullSize() {
     const isFull = picture.classList.contains("full");
-    const width = parseFloat(document.body.style.getPropertyValue("--picture-width"));
-    full.hidden = !isFull && picture.clientWidth >= width - 1;
+    full.hidden = !isFull && picture.clientWidth >= WIDTH / UNIT - 1;
   }
 
   function toggleFullSize() {
@@ -814,6 +885,7 @@
     readNodes();
     if (order.length === 0) return;
     describe();
+    readLines();
     findBackdrop();
     bringIntoOrder();
     makeGrids();

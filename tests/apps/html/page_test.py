@@ -575,6 +575,117 @@ class WithoutScript(PageTest):
         self.assertTrue(self.browser.find_element(By.ID, "noscript").is_displayed())
 
 
+class Cushion(PageTest):
+    name, words = "cushion", ("-", "--layout", "cushion", "--resize-by-value", "--size", "800x500")
+
+    def backdrop(self):
+        return self.run_script(
+            "const image = document.querySelectorAll('#picture image'); return [image.length, ...['x', 'y', 'width', 'height'].map(name => Number(image[0].getAttribute(name)))]"
+        )
+
+    def test_one_image_lies_under_the_rectangles_of_all_nodes(self):
+        self.assertEqual(len(self.shown()), 10)
+        self.assertEqual(self.backdrop(), [1, 0, 0, 800, 500])
+        self.assert_box("Gearbox", [0, 0, 800, 500])
+        _, _, width, height = self.box("Housing")
+        self.assertAlmostEqual(width * height, 800 * 500 / 2, delta=800, msg="half of the value")
+
+    def test_the_pointer_finds_the_leaf(self):
+        for name in ("Rotor", "Rod", "Housing"):
+            ActionChains(self.browser, duration=0).move_to_element(self.item(name).find_element(By.CSS_SELECTOR, "rect")).perform()
+            self.assertEqual(self.browser.find_element(By.CSS_SELECTOR, "#tooltip .label").text, name)
+
+    def test_zooming_scales_the_image_with_the_rectangles(self):
+        x, y, width, height = self.box("Shaft group")
+        rotor = self.box("Rotor")
+        self.focus("Shaft group")
+        self.press(Keys.ENTER)
+        self.assert_box("Shaft group", [0, 0, 800, 500])
+        factors = [800 / width, 500 / height]
+        for side, wanted in zip(self.backdrop()[1:], (-x * factors[0], -y * factors[1], 800 * factors[0], 500 * factors[1])):
+            self.assertAlmostEqual(side, wanted, delta=0.1)
+        self.assert_box("Rotor", [(rotor[0] - x) * factors[0], (rotor[1] - y) * factors[1], rotor[2] * factors[0], rotor[3] * factors[1]])
+        self.press(Keys.BACKSPACE)
+        self.assertEqual(self.backdrop(), [1, 0, 0, 800, 500])
+
+    def test_the_legend_says_what_areas_are(self):
+        self.assertIn("Areas are in proportion to the value", self.browser.find_element(By.CSS_SELECTOR, "aside").text)
+
+
+class Icicle(PageTest):
+    name, words = "icicle", ("-", "--layout", "icicle", "--size", "fit")
+
+    def size(self):
+        return self.run_script("return document.querySelector('#picture svg').getAttribute('viewBox').split(' ').slice(2).map(Number)")
+
+    def test_a_node_and_what_is_in_it_fill_the_picture(self):
+        width, height = self.size()
+        self.focus("Shaft group")
+        self.press(Keys.ENTER)
+        names = ("Rotor", "Key", "</script><b>Bolt & 'nut'</b>")
+        self.assertEqual(set(self.shown()), {"Shaft group", *names})
+        group = self.box("Shaft group")
+        self.assert_box("Shaft group", [0, 0, group[2], height])
+        boxes = sorted((self.box(name) for name in names), key=lambda box: box[1])
+        for box in boxes:
+            self.assertAlmostEqual(box[0] - group[2], 2, delta=0.6, msg="the gap between columns stays")
+            self.assertAlmostEqual(box[0] + box[2], width, delta=0.6)
+        for above, below in zip(boxes, boxes[1:]):
+            self.assertAlmostEqual(below[1] - above[1] - above[3], 2, delta=0.6, msg="the gap between rows stays")
+        self.assertAlmostEqual(boxes[0][1], 0, delta=0.6)
+        self.assertAlmostEqual(boxes[-1][1] + boxes[-1][3], height, delta=0.6)
+
+    def test_labels_stay_in_the_middle_of_their_nodes(self):
+        def off_middle(name):
+            return self.run_script(
+                "const [text, box] = ['text', 'rect'].map(name => arguments[0].querySelector(name).getBBox());"
+                "return text.y + text.height / 2 - box.y - box.height / 2",
+                self.item(name),
+            )
+
+        before = {name: off_middle(name) for name in ("Rod", "Front cover")}
+        self.focus("Front cover")
+        self.press(Keys.ENTER)
+        for name, offset in before.items():
+            self.assertAlmostEqual(off_middle(name), offset, delta=1, msg=name)
+
+    def test_the_plate_of_the_picture_s_selection_gives_way(self):
+        pieces = self.run_script("return [...document.querySelector('[aria-selected=true]').children].map(piece => piece.tagName)")
+        self.assertEqual(pieces, ["rect", "text"])
+
+
+class LastColumn(PageTest):
+    name, words = "last", ("-", "--layout", "icicle", "--size", "fit", "--last-columns", "1")
+
+    def test_what_is_not_drawn_is_still_in_the_path(self):
+        self.assertEqual(set(self.shown()), {"Housing", "\u05d2\u05dc\u05d2\u05dc", "Rotor", "Key", "</script><b>Bolt & 'nut'</b>", "Cr\u00e8me ring", "Rod"})
+        self.focus("Rotor")
+        self.assertEqual(self.browser.find_element(By.CSS_SELECTOR, "#tooltip .path").text, "Gearbox \u203a Shaft group")
+        item = self.item("Rotor")
+        self.assertEqual([item.get_attribute(name) for name in ("aria-level", "aria-setsize")], ["1", "7"])
+        self.press(Keys.ENTER)
+        self.assertEqual(self.crumbs(), ["Gearbox"], "there is nothing to zoom to")
+
+
+class TallPicture(PageTest):
+    name, words = "tall", ("-", "--layout", "icicle", "--size", "fit")
+    tree = {"label": "Rack", "children": [{"label": f"Shelf {i}", "children": [{"label": f"Box {i}-{j}"} for j in range(10)]} for i in range(10)]}
+
+    def test_the_zoomed_picture_is_no_higher_than_it_needs(self):
+        height = "return document.querySelector('#picture svg').getBoundingClientRect().height"
+        before = self.run_script(height)
+        self.assertGreater(before, 2500)
+        self.focus("Shelf 3")
+        self.press(Keys.ENTER)
+        self.assertLess(self.run_script(height), 1200, "about the height of the window")
+        self.assert_box("Shelf 3", [0, 0, self.box("Shelf 3")[2], self.run_script("return Number(document.querySelector('#picture svg').getAttribute('height'))")])
+        self.press(Keys.BACKSPACE)
+        self.assertEqual(self.run_script(height), before)
+
+    def test_it_goes_over_several_sheets_of_paper(self):
+        self.assertGreater(print_pdf(self.browser).count(b"/Type /Page\n"), 1)
+
+
 class Model(PageTest):
     name, words, tree = "model", (str(PROJECT / "examples/example.step"),), None
 
