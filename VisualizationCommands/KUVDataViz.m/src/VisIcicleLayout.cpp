@@ -361,30 +361,45 @@ private:
         Place place;
         place.depth = depth;
         place.minDepth = plan_.minDepth;
-        place.heightFromAbove = ClimbFromChildren();
         if (plan_.request.IsLimited()) {
             place.cursor = cache.ComputeIcicleCursor();
             place.leaf = LeafEndFrom(cache, leaf);
         }
+        // No climb leads past a node that is not visible.
+        if (IcicleColumns::IsSeenFrom(cache, leaf, plan_.request.nLastNodes))
+            place.heightFromAbove = ClimbFromOpen();
         return IcicleSizes::Measure(cache, plan_.request, place);
     }
 
-    /// What the icons of the open nodes, and of those above the plot, ask of the heights below.
-    int ClimbFromChildren()
+    /// What the icons of the open nodes, and of those above the plot, ask of the heights below:
+    /// climbs to the first that knows or ends every climb, and lets those below it know.
+    int ClimbFromOpen()
     {
         std::size_t known = open_.size();
-        while (known > 0 && open_[known - 1].heightForChildren == NOT_CLIMBED)
+        while (known > 0 && open_[known - 1].heightForChildren == NOT_CLIMBED &&
+               open_[known - 1].visible && !IcicleSizes::EndsClimb(*open_[known - 1].node))
             --known;
-        if (known == 0 && heightFromAbove_ == NOT_CLIMBED)
-            heightFromAbove_ = HeightFromAbove(*root_, plan_.request);
-        int height = known > 0 ? open_[known - 1].heightForChildren : heightFromAbove_;
+        int height = 0;
+        if (known > 0)
+            height = open_[--known].heightForChildren;
+        else
+            height = ClimbFromRoot();
         for (; known < open_.size(); ++known) {
             Level& level = open_[known];
-            height = HeightForChildren(*level.cache, *level.node, level.visible,
-                                       plan_.request.inlineLabels, height);
-            level.heightForChildren = height;
+            if (level.heightForChildren == NOT_CLIMBED)
+                level.heightForChildren =
+                    HeightForChildren(*level.cache, *level.node, level.visible,
+                                      plan_.request.inlineLabels, std::max(height, 0));
+            height = level.heightForChildren;
         }
         return height;
+    }
+
+    int ClimbFromRoot()
+    {
+        if (heightFromAbove_ == NOT_CLIMBED)
+            heightFromAbove_ = HeightFromAbove(*root_, plan_.request, /*store=*/true);
+        return heightFromAbove_;
     }
 
     void AddChild(Level& level, const IcicleCache& child, unsigned int columns)

@@ -35,8 +35,12 @@ inline bool IsRemembered(const VisIcicleAccess::Cache& cache,
 KUVMathPoint2Df Measure(VisIcicleAccess::Cache& cache, const IcicleGeometry::Request& request,
                         const Place& place);
 
-/// What the icons of all ancestors of `node` ask of its height. Costs the depth.
-int HeightFromAbove(VisDataTree& node, const IcicleGeometry::Request& request);
+/// Whether a climb through ancestors goes no further than `node`, for its icon.
+bool EndsClimb(VisDataTree& node);
+
+/// What the icons of all ancestors of `node` ask of its height. Costs the depth. With `store` the
+/// cursors of the ancestors that were looked at, and of their first leaves, are stored.
+int HeightFromAbove(VisDataTree& node, const IcicleGeometry::Request& request, bool store);
 
 /// What the icons of `node` and of all above it ask of the heights below it. `above` is the same
 /// for its parent.

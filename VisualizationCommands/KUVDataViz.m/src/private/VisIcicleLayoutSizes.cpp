@@ -200,13 +200,12 @@ int HeightForIconAbove(const IcicleCache& cache, VisDataTree& ancestor, unsigned
     return leaves == 2 ? IcicleGeometry::ICON_HEIGHT : 0;
 }
 
-/// The climb through the ancestors ends behind a node with an icon and enough levels.
-bool EndsClimb(VisDataTree& node)
-{
-    return node.ComputeMaxDepth() >= IcicleGeometry::LEVELS_FOR_STACKED_ICON;
-}
-
 }  // namespace
+
+bool IcicleSizes::EndsClimb(VisDataTree& node)
+{
+    return HasIcon(node) && node.ComputeMaxDepth() >= IcicleGeometry::LEVELS_FOR_STACKED_ICON;
+}
 
 int IcicleSizes::HeightForChildren(const IcicleCache& cache, VisDataTree& node, bool visible,
                                    unsigned char inlineLabels, int above)
@@ -231,34 +230,33 @@ std::vector<VisDataTree*> ClimbOf(VisDataTree& node, bool& anyIcon)
         if (Access::IsMergedTop(*ancestor))
             break;
         climb.push_back(ancestor);
-        if (HasIcon(*ancestor)) {
-            anyIcon = true;
-            if (EndsClimb(*ancestor))
-                break;
-        }
+        anyIcon = anyIcon || HasIcon(*ancestor);
+        if (IcicleSizes::EndsClimb(*ancestor))
+            break;
     }
     return climb;
 }
 
-/// Cuts `climb` off before the first ancestor that is not visible from the leaves.
+/// Cuts `climb`, which begins with the parent of `node`, off before the first ancestor that is not
+/// visible from the leaves. With `store` the cursors that were looked at are stored.
 void CutAtFirstHidden(std::vector<VisDataTree*>& climb, const VisDataTree* node,
-                      unsigned int nLastNodes)
+                      unsigned int nLastNodes, bool store)
 {
     std::vector<unsigned int> cursors(climb.size());
     unsigned int end = 0;
     for (std::size_t i = climb.size(); i-- > 0;) {
         const IcicleCache& cache = *IcicleCacheOf(climb[i]);
-        cursors[i] = i + 1 == climb.size()
-                         ? static_cast<const IcicleCache&>(cache).ComputeIcicleCursor()
-                         : CursorBelow(cache, end);
+        cursors[i] = i + 1 == climb.size() ? cache.ComputeIcicleCursor() : CursorBelow(cache, end);
         end = cursors[i] + cache.GetIcicleColSpan();
     }
     LeafEnd leaf;
     for (std::size_t i = 0; i < climb.size(); ++i) {
-        const IcicleCache& cache = *IcicleCacheOf(climb[i]);
+        IcicleCache& cache = *IcicleCacheOf(climb[i]);
         // A first child shares its first leaf with its parent.
         if (i == 0 || climb[i]->GetChildren().front() != node)
-            leaf = FirstLeafEnd(*climb[i], cache, cursors[i], /*store=*/false);
+            leaf = FirstLeafEnd(*climb[i], cache, cursors[i], store);
+        if (store && leaf.known)
+            Access::SetCursor(cache, cursors[i]);
         if (!IsSeen(climb[i], cursors[i] + cache.GetIcicleColSpan(), leaf, nLastNodes)) {
             climb.resize(i);
             return;
@@ -269,14 +267,12 @@ void CutAtFirstHidden(std::vector<VisDataTree*>& climb, const VisDataTree* node,
 
 }  // namespace
 
-int IcicleSizes::HeightFromAbove(VisDataTree& node, const Request& request)
+int IcicleSizes::HeightFromAbove(VisDataTree& node, const Request& request, bool store)
 {
     bool anyIcon = false;
     std::vector<VisDataTree*> climb = ClimbOf(node, anyIcon);
-    if (!anyIcon)
-        return 0;
-    if (request.IsLimited())
-        CutAtFirstHidden(climb, &node, request.nLastNodes);
+    if (request.IsLimited() && (anyIcon || store))
+        CutAtFirstHidden(climb, &node, request.nLastNodes, store);
     int height = 0;
     for (VisDataTree* const ancestor : climb) {
         if (HasIcon(*ancestor))
@@ -476,14 +472,18 @@ KUVMathPoint2Df MeasureAlone(CacheType& cache, const Request& request, unsigned 
     place.maxDepth = maxDepth;
     VisDataTree* const node = cache.GetNode();
     if (node && !IsRemembered(cache, request)) {
-        place.heightFromAbove = HeightFromAbove(*node, request);
+        constexpr bool STORES = !std::is_const<CacheType>::value;
+        unsigned int end = 0;
         if (request.IsLimited()) {
             const IcicleCache& readOnly = cache;
             place.cursor = readOnly.ComputeIcicleCursor();
+            end = place.cursor + cache.GetIcicleColSpan();
             if (!Access::IsMergedTop(*node))
-                place.leaf =
-                    FirstLeafEnd(*node, cache, place.cursor, !std::is_const<CacheType>::value);
+                place.leaf = FirstLeafEnd(*node, cache, place.cursor, STORES);
         }
+        // No climb leads past a node that is not visible.
+        if (IsSeen(node, end, place.leaf, request.nLastNodes))
+            place.heightFromAbove = HeightFromAbove(*node, request, STORES);
     }
     return walk.Run(cache, place);
 }
