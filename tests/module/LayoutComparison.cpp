@@ -47,6 +47,7 @@ void LayoutComparison::MakeTree()
     std::size_t reach = 1 + Below(count);
     switch (Below(10)) {
     case 0:  // a chain
+        count = Chance(2) ? 1 + Below(5) : count;
         reach = 1;
         break;
     case 1:  // children side by side
@@ -69,7 +70,7 @@ void LayoutComparison::MakeTree()
             pairs_[above].node->InsertChild(pair.node.Get(), 1);
             pairs_[above].twin->InsertChild(pair.twin.get(), true);
         }
-        numbers_[pair.node.Get()] = i;
+        numbers_[pair.node.Get()] = pair.twin->number;
         pairs_.push_back(std::move(pair));
     }
     DressNodes();
@@ -86,7 +87,7 @@ void LayoutComparison::DressNodes()
         twin.icon = hasIcons && Chance(2) ? "I_VisFace.png" : "";
         const bool isChildless = twin.children.empty();
         twin.isLeafObject = isChildless ? !(hasOtherLeaves && Chance(3)) : Chance(12);
-        twin.isMerged = hasMerged && Chance(isChildless ? 40 : 3);
+        twin.isMerged = hasMerged && Chance(isChildless ? 40 : twin.parent ? 3 : 2);
         pair.node->SetLabel(twin.label.c_str());
         pair.node->SetIconName(twin.icon.c_str());
         pair.node->SetIsLeafObject(twin.isLeafObject ? 1 : 0);
@@ -135,11 +136,6 @@ std::string LayoutComparison::Name(const VisDataTree* node) const
         return "-";
     const auto place = numbers_.find(node);
     return place == numbers_.end() ? "a stranger" : std::to_string(place->second);
-}
-
-const LayoutComparison::Pair& LayoutComparison::PairOf(const VisDataTree* node) const
-{
-    return pairs_[numbers_.at(node)];
 }
 
 std::string LayoutComparison::DescribeTree() const
@@ -204,6 +200,10 @@ float LayoutComparison::Scale()
 /// Mostly in or at the edge of a node's rectangle.
 KUVMathPoint2Df LayoutComparison::SomePlace()
 {
+    const float odd[] = {std::numeric_limits<float>::quiet_NaN(),
+                         std::numeric_limits<float>::infinity(), -1e30f};
+    if (Chance(60))
+        return {odd[Below(std::size(odd))], Fraction()};
     const layoutReference::Cache* const cache = AnyPair().twin->cache;
     if (!cache || Chance(12))
         return {origin_.x + 1.2f * size_.x * Fraction(), origin_.y + 1.2f * size_.y * Fraction()};
@@ -258,7 +258,7 @@ std::string LayoutComparison::Step()
     case 16:
         return Chance(3) ? SetRoot() : SendOddEvent();
     case 17:
-        return Move();
+        return Edit();
     default:
         return OwnStep();
     }
@@ -294,8 +294,11 @@ layoutReference::DeviceEvent LayoutComparison::SomeEvent()
     viewer.scale = scales[Below(Chance(30) ? 6 : 5)];
     event.x = place.x * viewer.scale - offset.x;
     event.y = viewer.height - place.y * viewer.scale - offset.y;
-    viewer.mouseX = static_cast<int>(std::clamp(event.x, -1e6f, 1e6f));
-    viewer.mouseY = static_cast<int>(std::clamp(event.y, -1e6f, 1e6f));
+    const auto whole = [](float value) {
+        return std::isnan(value) ? 0 : static_cast<int>(std::clamp(value, -1e6f, 1e6f));
+    };
+    viewer.mouseX = whole(event.x);
+    viewer.mouseY = whole(event.y);
     event.viewer = viewer;
     return event;
 }
@@ -554,7 +557,27 @@ std::string LayoutComparison::SetRoot()
     model_->SetTreeRoot(isNone ? nullptr : pair.twin.get());
     layout_->EmptyStackOfLastTreeRoots();
     model_->earlierRoots.clear();
+    for (Pair& lost : pairs_) {
+        lost.lostCache = nullptr;
+        lost.lostTwin = nullptr;
+    }
     return "tree root " + (isNone ? "none" : Name(pair.node.Get()));
+}
+
+std::string LayoutComparison::Edit()
+{
+    switch (Below(8)) {
+    case 0:
+    case 1:
+        return Move();
+    case 2:
+    case 3:
+        return Relink();
+    case 4:
+        return Kill();
+    default:
+        return SelectOrHighlight() + ", " + PressKey();
+    }
 }
 
 std::string LayoutComparison::Move()
@@ -562,10 +585,9 @@ std::string LayoutComparison::Move()
     const Pair& child = AnyPair();
     const Pair& parent = AnyPair();
     // What leaves or enters the part that is shown would have no cache, or one that nobody owns.
-    const bool isPossible = child.twin->cache && parent.twin->cache &&
-                            child.twin.get() != model_->treeRoot &&
-                            child.twin.get() != parent.twin.get() &&
-                            !parent.twin->HasParent(child.twin.get()) && Chance(3);
+    const bool isPossible =
+        child.twin->cache && parent.twin->cache && child.twin.get() != model_->treeRoot &&
+        child.twin.get() != parent.twin.get() && !parent.twin->HasParent(child.twin.get());
     if (!isPossible)
         return "no move";
     const bool resets = !AllowsQuietMoves() || Chance(2);
@@ -573,6 +595,52 @@ std::string LayoutComparison::Move()
     parent.twin->InsertChild(child.twin.get(), resets);
     return "move " + Name(child.node.Get()) + " below " + Name(parent.node.Get()) +
            (resets ? "" : " quietly");
+}
+
+std::string LayoutComparison::Relink()
+{
+    Pair& pair = AnyPair();
+    if (pair.lostCache) {
+        pair.node->SetCache(std::exchange(pair.lostCache, nullptr));
+        model_->Link(*pair.twin, *std::exchange(pair.lostTwin, nullptr));
+        return "link " + Name(pair.node.Get());
+    }
+    if (!AllowsLostCaches() || !pair.twin->cache)
+        return "no link";
+    pair.lostCache = CacheOf(pair.node.Get());
+    pair.lostTwin = pair.twin->cache;
+    pair.node->SetCache(nullptr);
+    model_->Unlink(*pair.twin);
+    return "unlink " + Name(pair.node.Get());
+}
+
+/// A subtree dies while the layout shows it.
+std::string LayoutComparison::Kill()
+{
+    layoutReference::Node* const top = AnyPair().twin.get();
+    const bool isRoot =
+        model_->treeRoot == top || (model_->treeRoot && model_->treeRoot->HasParent(top));
+    if (top == RootTwin() || isRoot)
+        return "no death";
+    const std::string text = "death of " + layoutReference::Layout::Name(top);
+    top->RemoveParent();
+    for (const Pair& pair : pairs_) {
+        if (pair.twin.get() == top)
+            pair.node->RemoveParent(1);
+    }
+    const auto dies = [top](const Pair& pair) {
+        return pair.twin.get() == top || pair.twin->HasParent(top);
+    };
+    const auto dead = std::stable_partition(pairs_.begin(), pairs_.end(),
+                                            [&](const Pair& pair) { return !dies(pair); });
+    for (auto pair = dead; pair != pairs_.end(); ++pair) {
+        model_->Forget(*pair->twin);
+        numbers_.erase(pair->node.Get());
+    }
+    for (auto pair = dead; pair != pairs_.end(); ++pair)
+        pair->node = {};
+    pairs_.erase(dead, pairs_.end());
+    return text;
 }
 
 std::string LayoutComparison::HitTest()

@@ -44,6 +44,9 @@ protected:
     struct Pair {
         VisReference<VisDataTree> node;
         std::unique_ptr<layoutReference::Node> twin;
+        /// Detached for a while; null when they are linked or gone.
+        VisTreeSpaceFillingLayoutCache* lostCache = nullptr;
+        layoutReference::Cache* lostTwin = nullptr;
     };
 
     /// To be called at the end of a derived constructor; takes the layout's reference over.
@@ -62,11 +65,13 @@ protected:
     virtual std::string OwnStateDifference() { return {}; }
     /// Whether an insertion may leave the remembered counts as they are.
     virtual bool AllowsQuietMoves() const { return false; }
+    /// Whether single nodes may lose their caches for a while.
+    virtual bool AllowsLostCaches() const { return true; }
 
     std::size_t Below(std::size_t bound) { return static_cast<std::size_t>(random_() % bound); }
     bool Chance(std::size_t of) { return Below(of) == 0; }
     float Fraction() { return static_cast<float>(Below(100001)) / 100000.0f; }
-    const Pair& AnyPair() { return pairs_[Below(pairs_.size())]; }
+    Pair& AnyPair() { return pairs_[Below(pairs_.size())]; }
     KUVMathPoint2Df Origin();
     KUVMathPoint2Df Size();
     float Scale();
@@ -84,8 +89,6 @@ protected:
     static std::string Text(float x, float y);
     static std::string Text(const KUVMathPoint2Df& point) { return Text(point.x, point.y); }
     std::string Name(const VisDataTree* node) const;
-    const Pair& PairOf(const VisDataTree* node) const;
-    std::size_t CountNodes() const { return pairs_.size(); }
     const std::vector<Pair>& Pairs() const { return pairs_; }
     KUVCharacterFont* Font() const { return font_.Get(); }
     KUV2DBagRep* Bag() const { return bag_.Get(); }
@@ -109,7 +112,10 @@ private:
     std::string Switch();
     std::string SetValues();
     std::string SetRoot();
+    std::string Edit();
     std::string Move();
+    std::string Relink();
+    std::string Kill();
     std::string HitTest();
     KUVMathPoint2Df SomePlace();
     layoutReference::DeviceEvent SomeEvent();
@@ -120,7 +126,7 @@ private:
 
     std::mt19937_64 random_;
     std::vector<Pair> pairs_;
-    std::map<const VisDataTree*, std::size_t> numbers_;
+    std::map<const VisDataTree*, int> numbers_;
     VisReference<KUV2DBagRep> bag_;
     VisReference<KUVCharacterFont> font_;
     VisReference<core::StandaloneViewer> viewer_;

@@ -51,7 +51,7 @@ Sketch AnySketch()
         return static_cast<float>(*rc::gen::inRange(low, high)) / 64.0f;
     };
     sketch.origin = {number(-6400, 6400), number(-6400, 6400)};
-    const int limit = *rc::gen::element(200 * 64, 2000 * 64);
+    const int limit = *rc::gen::element(200 * 64, 800 * 64);
     // At least a pixel at the scale below: the cushion draws nothing else.
     sketch.size = {number(40 * 64, limit), number(40 * 64, limit)};
     return sketch;

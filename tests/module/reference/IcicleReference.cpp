@@ -411,9 +411,10 @@ Node* GoBeside(Cache& cache, unsigned int& cursor, const Node* root, unsigned in
                            static_cast<long long>(lastNodes);
         cursor = std::max(cursor, static_cast<unsigned int>(std::max(0LL, first)));
     }
-    unsigned int column = Icicle::ComputeIcicleCursor(*target->cache, true);
+    // Beyond the tree that is shown no node takes columns.
+    unsigned int column = target->cache ? Icicle::ComputeIcicleCursor(*target->cache, true) : 0;
     while (!target->children.empty()) {
-        column += target->cache->span;
+        column += target->cache ? target->cache->span : 0;
         if (column > cursor)
             break;
         target = step > 0 ? target->children.front() : target->children.back();

@@ -223,6 +223,19 @@ void Layout::Link(Node& node, Cache& cache) const
     cache.Reset();
 }
 
+void Layout::Forget(Node& node)
+{
+    Unlink(node);
+    for (Node** const slot : {&currentRoot, &selection, &leafSelection, &highlighted}) {
+        if (*slot == &node)
+            *slot = nullptr;
+    }
+    for (Node*& root : earlierRoots) {
+        if (root == &node)
+            root = nullptr;
+    }
+}
+
 void Layout::LinkCaches(Node& node)
 {
     caches_.push_back(GenerateCache());
@@ -286,6 +299,9 @@ void Layout::ResetViewsBelow(const Node& node)
 
 void Layout::SetCurrentRoot(Node* node, bool pushOnStack)
 {
+    // None stands for the whole tree, also when the current root has died.
+    if (!node && !currentRoot)
+        node = treeRoot;
     if (node == currentRoot)
         return;
     Node* const former = currentRoot;
@@ -311,12 +327,16 @@ void Layout::SetCurrentRoot(Node* node, bool pushOnStack)
 
 bool Layout::Unzoom()
 {
-    if (earlierRoots.empty())
-        return false;
-    Node* const top = earlierRoots.back();
-    earlierRoots.pop_back();
-    SetCurrentRoot(top, false);
-    return true;
+    // The roots that died are passed over.
+    while (!earlierRoots.empty()) {
+        Node* const top = earlierRoots.back();
+        earlierRoots.pop_back();
+        if (top) {
+            SetCurrentRoot(top, false);
+            return true;
+        }
+    }
+    return false;
 }
 
 // ---- selection and highlight

@@ -172,6 +172,8 @@ public:
 
     void Unlink(Node& node) const;
     void Link(Node& node, Cache& cache) const;
+    /// The node dies: what stood for it stands for nothing.
+    void Forget(Node& node);
 
     Node* treeRoot = nullptr;
     Node* currentRoot = nullptr;
