@@ -128,14 +128,14 @@ private:
         return at < lower ? 1 : 0;
     }
 
-    /// The first child that may hold the target. Children without cache are passed over.
+    /// The first child that may hold the target. Children without cache are passed over. The child
+    /// in front is asked first: in deep trees the way often leads down there.
     std::size_t FirstNotBefore(const Target& target) const
     {
         const std::vector<VisDataTree*>& children = node_->GetChildren();
         std::size_t low = 0;
         std::size_t high = end_;
-        while (low < high) {
-            const std::size_t middle = low + (high - low) / 2;
+        for (std::size_t middle = 0; low < high; middle = low + (high - low) / 2) {
             std::size_t probe = middle;
             const LayoutCache* cache = VisCacheAccess::LayoutCacheOf(children[probe]);
             while (!cache && ++probe < high)
