@@ -1,5 +1,7 @@
 #include "HitTestReference.h"
 #include "TestLayout.h"
+#include "VisCushionLayout.h"
+#include "VisIcicleLayout.h"
 #include "VisTreeMapLayout.h"
 #include "private/ChildOrder.h"
 
@@ -73,37 +75,129 @@ struct Row {
     VisDataTree* Find(float x, float y) const { return layout->FindNodeAtPosition(x, y); }
 };
 
-/// A tree map whose discarded nodes can be searched through.
-class OpenMap : public VisTreeMapLayout {
-public:
+std::size_t Below(Random& random, std::size_t bound)
+{
+    return static_cast<std::size_t>(random() % bound);
+}
+
+KUVMathPoint2Df AnySize(Random& random, float largest)
+{
+    const float shares[] = {0.0015F, 0.01F, 0.04F, 0.15F, 1.0F};
+    return {largest * shares[Below(random, std::size(shares))],
+            largest * shares[Below(random, std::size(shares))]};
+}
+
+VisTreeMap_SliceDice AnyMode(Random& random)
+{
+    return Below(random, 2) == 0 ? VisTreeMap_SideBySide : VisTreeMap_Stacked;
+}
+
+// The layouts with what the tests need opened, and a step that only each of them knows.
+
+struct OpenMap : VisTreeMapLayout {
+    using Cache = VisTreeMapLayoutCache;
+    static constexpr bool SEARCHES_DISCARDED = false;
+    static constexpr float LARGEST = 20000.0F;
+    // Keeps the pictures small; rectangles do not depend on it.
+    static constexpr float SCALE = 1.0F / 4096.0F;
+
     OpenMap(VisDataTree* root, KUV2DBagRep* bag) : VisTreeMapLayout(nullptr) { Init(root, bag); }
     using VisTreeMapLayout::ResetViewOf;
     using VisTreeMapLayout::SetDiscardedVisibility;
+
+    std::string OwnStep(Random& random, VisDataTree& /*any*/)
+    {
+        if (Below(random, 2) == 0) {
+            LayoutChildrenInGrid({3.0F, 5.0F}, AnySize(random, LARGEST), nullptr, SCALE);
+            return "grid";
+        }
+        SliceAndDice(AnyMode(random), {3.0F, 5.0F}, AnySize(random, LARGEST), nullptr, SCALE);
+        return "slice and dice";
+    }
+};
+
+struct OpenCushion : VisCushionLayout {
+    using Cache = VisCushionLayoutCache;
+    static constexpr bool SEARCHES_DISCARDED = false;
+    // Zooming draws at the scale 1, whatever was drawn before.
+    static constexpr float LARGEST = 300.0F;
+    static constexpr float SCALE = 0.25F;
+
+    OpenCushion(VisDataTree* root, KUV2DBagRep* bag) : VisCushionLayout(nullptr)
+    {
+        Init(root, bag);
+    }
+    using VisCushionLayout::ResetViewOf;
+    using VisCushionLayout::SetDiscardedVisibility;
+
+    std::string OwnStep(Random& random, VisDataTree& any)
+    {
+        if (Below(random, 2) == 0) {
+            CushionTreemap(AnyMode(random), {3.0F, 5.0F}, AnySize(random, LARGEST), SCALE);
+            return "cushions";
+        }
+        if (any.GetCache()) {
+            any.GetCache()->SetSizeValue(static_cast<long long>(Below(random, 6)) - 2);
+            any.GetCache()->SetResizeWithValue(1);
+        }
+        return "weigh";
+    }
+};
+
+struct OpenIcicle : VisIcicleLayout {
+    using Cache = VisIcicleLayoutCache;
+    static constexpr bool SEARCHES_DISCARDED = true;
+    static constexpr float LARGEST = 20000.0F;
+    static constexpr float SCALE = 1.0F / 4096.0F;
+
+    OpenIcicle(VisDataTree* root, KUV2DBagRep* bag) : VisIcicleLayout(nullptr, root, bag) {}
+    using VisIcicleLayout::ResetViewOf;
+    using VisIcicleLayout::SetDiscardedVisibility;
+
+    std::string OwnStep(Random& random, VisDataTree& any)
+    {
+        switch (Below(random, 4)) {
+        case 0:
+            AlignIciclePlotLeaves(Below(random, 2) == 0 ? nullptr : &any);
+            return "align";
+        case 1:
+            SetNLastNodes(static_cast<unsigned int>(1 + Below(random, 6)));
+            return "columns";
+        default: {
+            const auto columns =
+                Below(random, 3) == 0 ? 0xFFFFFFFFU : static_cast<unsigned int>(Below(random, 7));
+            IciclePlot({3.0F, 5.0F}, AnySize(random, LARGEST), nullptr, columns, SCALE,
+                       Below(random, 2) == 0 ? 0 : 1, Below(random, 2) == 0 ? 0 : 1);
+            return "plot";
+        }
+        }
+    }
 };
 
 /// Draws, zooms and edits a random tree at random.
-class RandomMap {
+template <class Layout>
+class RandomPicture {
 public:
-    explicit RandomMap(std::uint64_t run) : random_(SeededRandom(run))
+    explicit RandomPicture(std::uint64_t run) : random_(SeededRandom(run))
     {
-        const std::size_t count = 2 + Below(80);
-        root_ = NodeRef::Adopt(support::MakeRandomTree(random_(), static_cast<int>(count),
-                                                       static_cast<int>(1 + Below(count))));
+        const std::size_t count = 2 + Below(random_, 80);
+        root_ = NodeRef::Adopt(support::MakeRandomTree(
+            random_(), static_cast<int>(count), static_cast<int>(1 + Below(random_, count))));
         bag_ = VisReference<KUV2DBagRep>::Adopt(KUV2DBagRep::CreateRep());
-        layout_ = VisReference<OpenMap>::Adopt(new OpenMap(root_.Get(), bag_.Get()));
+        layout_ = VisReference<Layout>::Adopt(new Layout(root_.Get(), bag_.Get()));
         VisPreOrderWalk<VisDataTree> walk(root_.Get());
         while (VisDataTree* const node = walk.Next()) {
             nodes_.push_back(node);
             caches_.push_back(node->GetCache());
         }
     }
-    ~RandomMap() { layout_->SetTreeRoot(nullptr); }
-    RandomMap(const RandomMap&) = delete;
-    RandomMap& operator=(const RandomMap&) = delete;
+    ~RandomPicture() { layout_->SetTreeRoot(nullptr); }
+    RandomPicture(const RandomPicture&) = delete;
+    RandomPicture& operator=(const RandomPicture&) = delete;
 
     std::string Step()
     {
-        switch (Below(14)) {
+        switch (Below(random_, 14)) {
         case 0:
             layout_->SetCurrentRoot(Any(), 1);
             return "zoom";
@@ -119,17 +213,14 @@ public:
         case 5:
             return Assign();
         case 6:
-            layout_->SetRedrawOnSetCurrentRoot(Below(2) == 0 ? 0 : 1);
+            layout_->SetRedrawOnSetCurrentRoot(Below(random_, 2) == 0 ? 0 : 1);
             return "switch redrawing";
         case 7:
-            layout_->LayoutChildrenInGrid({3.0F, 5.0F}, Size(), nullptr, SCALE);
-            return "grid";
         case 8:
-            layout_->SliceAndDice(Below(2) == 0 ? VisTreeMap_SideBySide : VisTreeMap_Stacked,
-                                  {3.0F, 5.0F}, Size(), nullptr, SCALE);
-            return "slice and dice";
+        case 9:
+            return layout_->OwnStep(random_, *Any());
         default:
-            layout_->Draw({1.0F, 2.0F}, Size(), nullptr, SCALE);
+            layout_->Draw({1.0F, 2.0F}, AnySize(random_, Layout::LARGEST), nullptr, Layout::SCALE);
             return "draw";
         }
     }
@@ -142,7 +233,7 @@ public:
             if (!result)
                 return result << (discardedToo ? " through discarded nodes" : "");
         }
-        layout_->SetDiscardedVisibility(0);
+        layout_->SetDiscardedVisibility(Layout::SEARCHES_DISCARDED ? 1 : 0);
         return testing::AssertionSuccess();
     }
 
@@ -157,17 +248,7 @@ public:
     }
 
 private:
-    /// Keeps the pictures small; rectangles do not depend on it.
-    static constexpr float SCALE = 1.0F / 4096.0F;
-
-    std::size_t Below(std::size_t bound) { return static_cast<std::size_t>(random_() % bound); }
-    VisDataTree* Any() { return nodes_[Below(nodes_.size())]; }
-
-    KUVMathPoint2Df Size()
-    {
-        const float extents[] = {30.0F, 200.0F, 800.0F, 3000.0F, 20000.0F};
-        return {extents[Below(std::size(extents))], extents[Below(std::size(extents))]};
-    }
+    VisDataTree* Any() { return nodes_[Below(random_, nodes_.size())]; }
 
     std::string Move()
     {
@@ -175,13 +256,13 @@ private:
         VisDataTree* const parent = Any();
         if (child == root_.Get() || child == parent || parent->HasNodeAsParent(child) != 0)
             return "no move";
-        parent->InsertChild(child, Below(2) == 0 ? 1 : 0);
+        parent->InsertChild(child, Below(random_, 2) == 0 ? 1 : 0);
         return "move";
     }
 
     std::string Relink()
     {
-        const std::size_t i = Below(nodes_.size());
+        const std::size_t i = Below(random_, nodes_.size());
         if (nodes_[i]->GetCache()) {
             nodes_[i]->SetCache(nullptr);
             return "unlink";
@@ -203,22 +284,40 @@ private:
     /// Copies one cache into another, which forgets its node.
     std::string Assign()
     {
+        using Cache = typename Layout::Cache;
         auto* const to = CacheOf(Any());
         auto* const from = CacheOf(Any());
         if (!to || !from)
             return "nothing to assign";
-        *static_cast<VisTreeMapLayout::VisTreeMapLayoutCache*>(to) =
-            *static_cast<VisTreeMapLayout::VisTreeMapLayoutCache*>(from);
+        *static_cast<Cache*>(to) = *static_cast<Cache*>(from);
         return "assign";
     }
 
     Random random_;
     NodeRef root_;
     VisReference<KUV2DBagRep> bag_;
-    VisReference<OpenMap> layout_;
+    VisReference<Layout> layout_;
     std::vector<VisDataTree*> nodes_;
     std::vector<VisDataTree::VisDataTreeCache*> caches_;
 };
+
+template <class Layout>
+void RandomPicturesAgree(const char* what)
+{
+    std::size_t steps = 0;
+    std::size_t ordered = 0;
+    for (std::uint64_t run = 0; run < 100; ++run) {
+        RandomPicture<Layout> picture(run);
+        std::string history;
+        for (int i = 0; i < 30; ++i, ++steps) {
+            history += picture.Step() + "; ";
+            ASSERT_TRUE(picture.Agrees()) << "run " << run << " after " << history;
+            ordered += picture.CountOrdered();
+        }
+    }
+    EXPECT_GT(ordered, steps) << "the bisection has to be met";
+    std::cout << "count: " << steps << " steps of random " << what << " agree at 80 points each\n";
+}
 
 }  // namespace
 
@@ -389,17 +488,15 @@ TEST(VisTreeSpaceFillingLayoutHitTest, ThousandsOfChildrenInEveryOrderAgreeWithT
 
 TEST(VisTreeSpaceFillingLayoutHitTest, RandomTreeMapsAgreeWithTheDefinitionAfterEveryStep)
 {
-    std::size_t steps = 0;
-    std::size_t ordered = 0;
-    for (std::uint64_t run = 0; run < 300; ++run) {
-        RandomMap map(run);
-        std::string history;
-        for (int i = 0; i < 30; ++i, ++steps) {
-            history += map.Step() + "; ";
-            ASSERT_TRUE(map.Agrees()) << "run " << run << " after " << history;
-            ordered += map.CountOrdered();
-        }
-    }
-    EXPECT_GT(ordered, steps) << "the bisection has to be met";
-    std::cout << "count: " << steps << " steps of random tree maps agree at 80 points each\n";
+    RandomPicturesAgree<OpenMap>("tree maps");
+}
+
+TEST(VisTreeSpaceFillingLayoutHitTest, RandomCushionsAgreeWithTheDefinitionAfterEveryStep)
+{
+    RandomPicturesAgree<OpenCushion>("cushions");
+}
+
+TEST(VisTreeSpaceFillingLayoutHitTest, RandomIciclesAgreeWithTheDefinitionAfterEveryStep)
+{
+    RandomPicturesAgree<OpenIcicle>("icicles");
 }

@@ -95,6 +95,38 @@ struct Scene {
     std::string Heard() { return listener.Take(); }
 };
 
+/// A viewer without support.
+class BareViewer : public core::StandaloneViewer {
+public:
+    KUVSupport* GetSupport() const override { return nullptr; }
+};
+
+/// Counts the calls of the operations by which layouts change what events do.
+class HookedLayout : public Layout {
+public:
+    using Layout::Layout;
+
+    void SetCurrentRoot(VisDataTree* node, unsigned char pushOnStack) override
+    {
+        calls += pushOnStack != 0 ? "zoom " : "root ";
+        Layout::SetCurrentRoot(node, pushOnStack);
+    }
+
+    std::string calls;
+
+protected:
+    void OnMouseSelection(VisDataTree* node) override
+    {
+        calls += "mouse ";
+        Layout::OnMouseSelection(node);
+    }
+    VisDataTree* GetNodeViaNavigation(unsigned int key) override
+    {
+        calls += "key ";
+        return Layout::GetNodeViaNavigation(key);
+    }
+};
+
 }  // namespace
 
 // ---- hit test
@@ -127,11 +159,32 @@ TEST(VisTreeSpaceFillingLayoutInteraction, APointOnADiscardedLeafHitsItsParent)
     Scene::Discard(s.a);
     EXPECT_EQ(s.Find(15, 8), s.r.Get());
     EXPECT_EQ(s.Find(35, 8), s.r.Get()) << "a discarded node is not entered";
+}
 
+TEST(VisTreeSpaceFillingLayoutInteraction, WithDiscardedVisibilityNodesBelowADiscardedOneAreHit)
+{
+    const Scene s;
+    Scene::Discard(s.d);
+    Scene::Discard(s.a);
     s.layout->SetDiscardedVisibility(1);
     EXPECT_EQ(s.Find(35, 8), s.e) << "discarded nodes are searched through";
     EXPECT_EQ(s.Find(15, 8), s.r.Get()) << "and never hit";
     EXPECT_EQ(s.Find(25, 8), s.r.Get());
+    EXPECT_EQ(s.Find(70, 10), s.b) << "behind a discarded one without a hit the siblings follow";
+    Scene::Discard(s.r.Get());
+    EXPECT_EQ(s.Find(1, 1), nullptr);
+}
+
+TEST(VisTreeSpaceFillingLayoutInteraction, ARectangleThatIsNotANumberIsNotHit)
+{
+    constexpr float ODD = std::numeric_limits<float>::quiet_NaN();
+    const Scene s;
+    Scene::Place(s.d, {ODD, 6}, {10, 5});
+    Scene::Place(s.e, {30, 6}, {10, ODD});
+    EXPECT_EQ(s.Find(15, 8), s.a);
+    EXPECT_EQ(s.Find(35, 8), s.a);
+    Scene::Place(s.r.Get(), {0, ODD}, {100, 20});
+    EXPECT_EQ(s.Find(15, 8), nullptr);
 }
 
 TEST(VisTreeSpaceFillingLayoutInteraction, NodesWithoutCacheAndOddPointsHitNothing)
@@ -184,6 +237,29 @@ TEST(VisTreeSpaceFillingLayoutInteraction, DevicePositionsBecomeLayoutCoordinate
     EXPECT_EQ(y, 8.0F) << "(100 - 84) / 2: the y axis is turned over";
     viewer->SetPointToPixelScale(0);
     EXPECT_EQ(s.layout->FromEventToNode(x, y, viewer.Get()), nullptr);
+}
+
+TEST(VisTreeSpaceFillingLayoutInteraction, AViewerWithoutSupportHasTheScaleOne)
+{
+    const Scene s;
+    const auto viewer = VisReference<BareViewer>::Adopt(new BareViewer);
+    viewer->SetGraphicSize(100, 20);
+    float x = 15;
+    float y = 12;
+    EXPECT_EQ(s.layout->FromEventToNode(x, y, viewer.Get()), s.d);
+    EXPECT_EQ(x, 15.0F);
+    EXPECT_EQ(y, 8.0F);
+}
+
+TEST(VisTreeSpaceFillingLayoutInteraction, CoordinatesAreWrittenBackWithoutAHitToo)
+{
+    const Scene s;
+    s.layout->SetDeviceActionOffset({1000, -1});
+    float x = 15;
+    float y = 12;
+    EXPECT_EQ(s.layout->FromEventToNode(x, y, nullptr), nullptr);
+    EXPECT_EQ(x, 1015.0F);
+    EXPECT_EQ(y, 11.0F);
 }
 
 // ---- mouse
@@ -300,6 +376,74 @@ TEST(VisTreeSpaceFillingLayoutInteraction, ADoubleClickSelectsOrZooms)
     s.layout->SetEnableZoom(1);
     EXPECT_EQ(s.Send<KUVDoubleClick>(2, 2, 25, 8), 0U);
     EXPECT_EQ(s.layout->GetCurrentRoot(), s.a);
+}
+
+TEST(VisTreeSpaceFillingLayoutInteraction, EventsInAViewerAreTurnedIntoLayoutCoordinates)
+{
+    Scene s;
+    const auto viewer = VisReference<core::StandaloneViewer>::Adopt(new core::StandaloneViewer);
+    viewer->SetGraphicSize(200, 40);
+    viewer->SetPointToPixelScale(2);
+    s.mouse.SetButtonsStatus(1);
+    KUVPressEvent press(&s.mouse, 1, 70, 24, 0);
+    KUVViewerEvent pressInViewer(viewer.Get(), &press);
+    EXPECT_EQ(s.layout->DeviceAction(&pressInViewer), 0U);
+    EXPECT_EQ(s.Heard(), "select D > E; ");
+    s.mouse.SetButtonsStatus(0);
+    KUVMotionEvent motion(&s.mouse, 0, 30, 24, 0);
+    KUVViewerEvent motionInViewer(viewer.Get(), &motion);
+    EXPECT_EQ(s.layout->DeviceAction(&motionInViewer), 0U);
+    EXPECT_EQ(s.Heard(), "hover - > D; ");
+    KUVDoubleClick click(&s.mouse, 1, 140, 20, 0);
+    KUVViewerEvent clickNowhere(nullptr, &click);
+    EXPECT_EQ(s.layout->DeviceAction(&clickNowhere), 1U) << "without viewer: as they stand";
+    KUVViewerEvent clickInViewer(viewer.Get(), &click);
+    EXPECT_EQ(s.layout->DeviceAction(&clickInViewer), 0U);
+    EXPECT_EQ(s.Heard(), "hover D > -; select E > B; double; ");
+}
+
+TEST(VisTreeSpaceFillingLayoutInteraction, DoubleClicksAndMotionsDoNotMindModifiers)
+{
+    Scene s;
+    EXPECT_EQ(s.Send<KUVMotionEvent>(0, 0, 15, 8, /*modifier=*/3), 0U);
+    EXPECT_EQ(s.Send<KUVDoubleClick>(1, 7, 35, 8, /*modifier=*/3), 0U);
+    EXPECT_EQ(s.Heard(), "hover - > D; hover D > -; select D > E; double; ");
+    EXPECT_EQ(s.Send<KUVPressEvent>(3, 4, 35, 8, /*modifier=*/1), 1U);
+    EXPECT_EQ(s.Heard(), "");
+}
+
+TEST(VisTreeSpaceFillingLayoutInteraction, EventsGoThroughTheOperationsThatLayoutsOverride)
+{
+    const NodeRef root = MakeNode("R");
+    VisDataTree* const leaf = Append(root.Get(), "A");
+    const auto layout = VisReference<HookedLayout>::Adopt(new HookedLayout(root.Get(), nullptr));
+    Scene::Place(root.Get(), {0, 0}, {10, 10});
+    Scene::Place(leaf, {0, 0}, {10, 10});
+    KUVMouseDevice mouse;
+    mouse.SetButtonsStatus(1);
+    KUVPressEvent left(&mouse, 1, 5, 5, 0);
+    EXPECT_EQ(layout->DeviceAction(&left), 0U);
+    mouse.SetButtonsStatus(4);
+    KUVPressEvent right(&mouse, 3, 5, 5, 0);
+    EXPECT_EQ(layout->DeviceAction(&right), 0U);
+    KUVDoubleClick click(&mouse, 1, 5, 5, 0);
+    EXPECT_EQ(layout->DeviceAction(&click), 0U);
+    KUVKeybdEvent up(UP, 1);
+    EXPECT_EQ(layout->KeyboardAction(&up), 0U);
+    mouse.SetButtonsStatus(0);
+    KUVReleaseEvent release(&mouse, 2, 5, 5, 0);
+    EXPECT_EQ(layout->DeviceAction(&release), 0U);
+    KUVKeybdEvent unzoom(UNZOOM, 1);
+    EXPECT_EQ(layout->KeyboardAction(&unzoom), 0U);
+    EXPECT_EQ(layout->calls, "mouse mouse mouse key zoom root ");
+}
+
+TEST(VisTreeSpaceFillingLayoutInteraction, TextsOfInputMethodsAreNotUsed)
+{
+    const Scene s;
+    KUVIMEKeybdEvent event;
+    EXPECT_EQ(s.layout->IMEKeyboardAction(&event), 1U);
+    EXPECT_EQ(s.layout->IMEKeyboardAction(nullptr), 1U);
 }
 
 TEST(VisTreeSpaceFillingLayoutInteraction, AListenerMayReleaseTheLayoutDuringAPress)

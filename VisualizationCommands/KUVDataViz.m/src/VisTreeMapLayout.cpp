@@ -1,6 +1,7 @@
 #include "VisTreeMapLayout.h"
 
 #include "private/CacheAccess.h"
+#include "private/Prefetch.h"
 #include "private/Reference.h"
 #include "private/SaturatingCast.h"
 #include "private/TreeEpoch.h"
@@ -611,10 +612,12 @@ void VisTreeMapLayout::FillGrid(VisDataTree& root, const Picture& picture, int d
     const TreeMapGeometry::Grid grid =
         TreeMapGeometry::MakeGrid({picture.origin, rootCache.GetSize()});
     VisCacheAccess::ChildOrder(rootCache) = VisChildOrder::Unknown;
+    const VisChildPrefetch ahead(children);
     std::size_t next = 0;
     KUVMathPoint2Df corner = grid.corner;
     for (int row = 0; row < grid.rows && next < children.size(); ++row) {
         for (int column = 0; column < grid.columns && next < children.size(); ++column) {
+            ahead.Advance(next);
             // A child without cache leaves its cell empty.
             if (VisTreeMapLayoutCache* const cache = TreeMapCacheOf(children[next])) {
                 ShowNode(*cache, IsChildless(children[next]) ? 1 : 0);
