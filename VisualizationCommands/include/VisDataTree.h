@@ -257,6 +257,8 @@ private:
     unsigned char linkedByLayout_ = 0;
     // In which order a layout placed the children, for the hit test; never copied.
     VisChildOrder childOrder_{};
+    // A layout made the cache for its tree and deletes it, linked or not; never copied.
+    unsigned char ownedByLayout_ = 0;
     long long colorValue_ = 0;
     long long sizeValue_ = 0;
     unsigned char resizeWithValue_ = 0;

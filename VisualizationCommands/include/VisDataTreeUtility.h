@@ -1,11 +1,11 @@
 #ifndef VisDataTreeUtility_h
 #define VisDataTreeUtility_h
 
-// Trees of the 3D scene: built from pick paths, searched with them, weighted.
+// Trees of the 3D scene: built from pick paths, searched with them, weighted, filtered.
 //
 // The data of each node of such a tree is a `KUVPickPath` of its own, whose cursor stands on the
 // scene element that the node stands for. Whoever owns the tree owns these paths: releasing the
-// root does not release them.
+// root does not release them, `ReleaseFilteredTreeRoot` does.
 //
 // Paths that are handed in keep their cursor and their lock. Nothing is thrown.
 
@@ -13,6 +13,23 @@
 #include "KUVViewer.h"
 #include "VisDataTree.h"
 #include "VisExport.h"
+
+/// What a filtered copy of a tree keeps. As it is made, everything.
+struct VisDataTreeFilters {
+    /// Non-zero keeps leaf objects that are edges (faces, vertices) of the scene.
+    unsigned char showEdges = 1;
+    unsigned char showFaces = 1;
+    unsigned char showVertices = 1;
+    /// Above 0: keeps elements picked within this distance of the centre, scene units, and what
+    /// leads to them.
+    float radius = 0.0f;
+    float centreX = 0.0f;
+    float centreY = 0.0f;
+    float centreZ = 0.0f;
+    /// Keeps paths through a filter bag rep that shows an object of the class "OXMRootOccurrence"
+    /// (1) or "LightVisuProductLoaderHandler" (2), and paths without reps. Other values keep all.
+    unsigned int productFilter = 0;
+};
 
 class VIS_EXPORT VisDataTreeUtility {
 public:
@@ -72,6 +89,37 @@ public:
     /// Counts the reps at and below the leaves of the subtree that are a kind of `typeName`, and
     /// stores each node's number as the colour value of its cache. Limits and failures as above.
     static unsigned int ComputeNbTypeOfRep(VisDataTree* node, const char* typeName);
+
+    // ---- filters
+
+    /// A copy of the subtree of `root` without what `filters` leave out, each node with a copy of
+    /// its path; for a second picture, or another one, of the same scene.
+    ///
+    /// A node goes, with everything below it, when it has no path or is filtered out itself. With a
+    /// radius an inner node stays only where a leaf below it was picked inside the sphere (on its
+    /// edge counts). With `checkLeaves` non-zero it stays only where a leaf below it is not
+    /// filtered out, and with both where one leaf is both.
+    ///
+    /// Merged levels dissolve on the way: the children of a merged child take its place, whatever
+    /// the filters say of the child; one level at a time, so that a merged grandchild stays. So do
+    /// merged levels with one child each at the top, as long as everything above them, also above
+    /// `root`, is merged.
+    ///
+    /// The copy has one reference, the caller's, no caches and no parent; free it with
+    /// `ReleaseFilteredTreeRoot` and `Release`. Null when the root itself goes, for null and when
+    /// memory runs out. Linear in the nodes, plus the reps of the paths that the product filter
+    /// rejects. The given tree is not changed.
+    static VisDataTree* ApplyFilters(VisDataTree* root, const VisDataTreeFilters& filters,
+                                     unsigned char checkLeaves);
+
+    /// Gives back the pick path in the data of `root` and of every node below it, and clears the
+    /// data; for every tree built from pick paths, filtered or not. The nodes stay: `Release` the
+    /// root afterwards. Null is ignored.
+    ///
+    /// With `releaseCaches` non-zero the caches are detached and deleted as well. That is for
+    /// caches that the caller made: one that a layout made stays with the layout, and is reported
+    /// as a programming error, once a call.
+    static void ReleaseFilteredTreeRoot(VisDataTree* root, unsigned char releaseCaches);
 };
 
 #endif

@@ -1,6 +1,7 @@
 #include "VisPathUtility.h"
 
 #include "private/PathReads.h"
+#include "private/ProductLevels.h"
 #include "private/RepChain.h"
 
 #include <algorithm>
@@ -183,18 +184,25 @@ VisPathUtility::VisPath_Type VisPathUtility::GetPickPathType(KUVPickPath* path)
 
 unsigned char VisPathUtility::CheckIfPickPathContains(KUVPickPath* path, const char* className)
 {
-    if (!path || !className)
-        return 0;
-    const int size = Size(*path);
+    return path && className && FindProductLevel(*path, className) >= 0 ? 1 : 0;
+}
+
+bool IsProductLevel(const KUVRep* rep, const char* className)
+{
+    if (!rep || !IsOfClass(*rep, KUV3DFilterBagRep::ClassId()))
+        return false;
+    const KUVBaseUnknown* const object = ModelObjectOf(*rep);
+    return object && std::strcmp(object->IsA(), className) == 0;
+}
+
+int FindProductLevel(KUVPickPath& path, const char* className)
+{
+    const int size = Size(path);
     for (int i = 0; i < size; ++i) {
-        const KUVRep* const rep = RepAt(*path, i);
-        if (!rep || !IsOfClass(*rep, KUV3DFilterBagRep::ClassId()))
-            continue;
-        const KUVBaseUnknown* const object = ModelObjectOf(*rep);
-        if (object && std::strcmp(object->IsA(), className) == 0)
-            return 1;
+        if (IsProductLevel(RepAt(path, i), className))
+            return i;
     }
-    return 0;
+    return -1;
 }
 
 // ---- comparison

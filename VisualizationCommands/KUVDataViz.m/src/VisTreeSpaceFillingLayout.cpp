@@ -208,6 +208,7 @@ void VisTreeSpaceFillingLayout::LinkCaches()
         VisTreeSpaceFillingLayoutCache* const cache = made.get();
         caches_.push_back(cache);
         static_cast<void>(made.release());
+        VisTreeAccess::MarkOwnedByLayout(*cache);
         if (node != treeRoot_ && !node->GetCache() && !cache->GetNode()) {
             VisTreeAccess::LinkNewCache(*node, *cache);
             continue;

@@ -22,6 +22,15 @@ struct VisTreeAccess {
     {
         return cache.linkedByLayout_ != 0;
     }
+    /// Marks `cache` as one that its layout deletes, whatever becomes of its link.
+    static void MarkOwnedByLayout(VisDataTree::VisDataTreeCache& cache)
+    {
+        cache.ownedByLayout_ = 1;
+    }
+    static bool IsOwnedByLayout(const VisDataTree::VisDataTreeCache& cache)
+    {
+        return cache.ownedByLayout_ != 0;
+    }
 
     /// Forgets the remembered counts and resets the caches of `node` and of all above it.
     static void ResetCache(VisDataTree& node) { node.ResetCache(); }
