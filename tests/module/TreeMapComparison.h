@@ -1,24 +1,26 @@
+#ifndef module_TreeMapComparison_h
+#define module_TreeMapComparison_h
+
 #include "VisTreeMapLayout.h"
 
-#include "module/LayoutScripts.h"
+#include "module/LayoutComparison.h"
 #include "module/reference/TreeMapReference.h"
-
-#include <gtest/gtest.h>
 
 #include <cstdint>
 #include <iterator>
 #include <string>
 
-namespace {
+namespace scripts {
 
-class MapComparison : public LayoutComparison {
+/// The tree map beside its reference.
+class TreeMapComparison : public LayoutComparison {
 public:
-    explicit MapComparison(std::uint64_t seed) : LayoutComparison(seed)
+    explicit TreeMapComparison(std::uint64_t seed) : LayoutComparison(seed)
     {
         layout_ = VisTreeMapLayout::CreateLayout(nullptr, Root(), Bag());
         Start(layout_, map_);
     }
-    ~MapComparison() override { Stop(); }
+    ~TreeMapComparison() override { Stop(); }
 
 protected:
     bool AllowsQuietMoves() const override { return true; }
@@ -83,9 +85,6 @@ private:
     VisTreeMapLayout* layout_ = nullptr;
 };
 
-}  // namespace
+}  // namespace scripts
 
-TEST(VisTreeMapLayoutScripts, RandomTreesAndScriptsAgreeWithTheReference)
-{
-    scripts::CompareTrees<MapComparison>("tree map", 334);
-}
+#endif

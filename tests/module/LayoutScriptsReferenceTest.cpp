@@ -1,10 +1,6 @@
-#ifndef module_LayoutScripts_h
-#define module_LayoutScripts_h
-
-// Random trees, each under a random script of draws, clicks, keys, zooms, edits and questions, in
-// the module and in the reference. A thousand over the three layouts.
-
-#include "module/LayoutComparison.h"
+#include "module/CushionComparison.h"
+#include "module/IcicleComparison.h"
+#include "module/TreeMapComparison.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +9,10 @@
 #include <iostream>
 #include <string>
 
-namespace scripts {
+// Random trees, each under a random script of draws, clicks, keys, zooms, edits and questions, in
+// the module and in the reference.
+
+namespace {
 
 /// Runs one case; false when the two worlds differ, which is then printed as a script.
 template <class Comparison>
@@ -33,23 +32,33 @@ bool Agrees(std::uint64_t seed, int steps)
 }
 
 /// The seed of the first tree; `KUV_SCRIPT_SEED` makes another one the first.
-inline std::uint64_t FirstSeed()
+std::uint64_t FirstSeed()
 {
     const char* const chosen = std::getenv("KUV_SCRIPT_SEED");
     return chosen ? std::strtoull(chosen, nullptr, 10) : 20000;
 }
 
+/// Steps of one script.
+constexpr int STEPS = 45;
+
 template <class Comparison>
-void CompareTrees(const std::string& layout, std::uint64_t trees)
+void CompareTrees(std::uint64_t trees)
 {
-    constexpr int STEPS = 45;
     const std::uint64_t first = FirstSeed();
     for (std::uint64_t tree = 0; tree < trees; ++tree)
         ASSERT_TRUE(Agrees<Comparison>(first + tree, STEPS));
-    std::cout << "count: " << trees << " random trees and scripts agree with the reference of the "
-              << layout << ", after each of " << trees * STEPS << " steps\n";
 }
 
-}  // namespace scripts
+}  // namespace
 
-#endif
+TEST(LayoutScriptsReference, AThousandRandomTreesAndScriptsAgree)
+{
+    constexpr std::uint64_t MAPS = 300;
+    constexpr std::uint64_t CUSHIONS = 300;
+    constexpr std::uint64_t ICICLES = 400;
+    ASSERT_NO_FATAL_FAILURE(CompareTrees<scripts::TreeMapComparison>(MAPS));
+    ASSERT_NO_FATAL_FAILURE(CompareTrees<scripts::CushionComparison>(CUSHIONS));
+    ASSERT_NO_FATAL_FAILURE(CompareTrees<scripts::IcicleComparison>(ICICLES));
+    std::cout << "count: " << MAPS + CUSHIONS + ICICLES
+              << " random trees and scripts agree with the reference\n";
+}
