@@ -543,9 +543,13 @@ bool EventsReader::MakeEvent()
             return rule.make(*this);
     }
     constexpr std::size_t LONGEST = 40;
-    const bool isLong = name_.size() > LONGEST;
+    // Errors are one line.
+    const bool isShown =
+        name_.size() <= LONGEST && std::none_of(name_.begin(), name_.end(), [](char character) {
+            return static_cast<unsigned char>(character) < ' ';
+        });
     return Fail(At(Key::Event).offset,
-                isLong ? "the event is unknown" : "there is no event \"" + name_ + "\"");
+                isShown ? "there is no event \"" + name_ + "\"" : "the event is unknown");
 }
 
 // ---- the whole file

@@ -181,6 +181,7 @@ TEST(EventsFile, RefusesUnknownEvents)
     EXPECT_EQ(Refusal("{\"event\":\"" + std::string(1000, 'x') + "\"}"),
               "1:10 the event is unknown");
     EXPECT_EQ(Refusal(R"({"event":"0x1"})"), "1:10 there is no event \"0x1\"");
+    EXPECT_EQ(Refusal(R"({"event":"a\nb"})"), "1:10 the event is unknown") << "errors are one line";
 }
 
 TEST(EventsFile, RefusesMissingKeys)
