@@ -4,18 +4,14 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string_view>
 
+#include "Require.h"
 #include "TreeFile.h"
 
 namespace {
 
-void Require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
+using fuzz::Require;
 
 void CheckTree(const dataviz::TreeFile& tree)
 {

@@ -2,6 +2,8 @@
 // carries on with the input in the middle of notifications. What must hold is checked after every
 // operation; the sanitizers watch the rest.
 
+#include "FuzzSupport.h"
+#include "LayoutChecks.h"
 #include "VisDataTree.h"
 #include "VisTreeSpaceFillingLayout.h"
 #include "VisTreeSpaceFillingLayoutCache.h"
@@ -27,23 +29,9 @@ namespace {
 constexpr std::size_t NODES = 20;
 constexpr std::size_t CACHES = 6;
 
-void Require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
-
-class Bytes {
-public:
-    Bytes(const std::uint8_t* data, std::size_t size) : next_(data), end_(data + size) {}
-
-    bool AtEnd() const { return next_ == end_; }
-    unsigned int Take() { return AtEnd() ? 0 : *next_++; }
-
-private:
-    const std::uint8_t* next_;
-    const std::uint8_t* end_;
-};
+using fuzz::Bytes;
+using fuzz::NodeRef;
+using fuzz::Require;
 
 /// Shows every node of the current root's subtree, as deep as its value says.
 class FuzzLayout : public VisTreeSpaceFillingLayout {
@@ -112,9 +100,7 @@ public:
     }
 
 private:
-    using NodeRef = VisReference<VisDataTree>;
-
-    static NodeRef MakeNode() { return NodeRef::Adopt(new VisDataTree(nullptr, "node", "")); }
+    static NodeRef MakeNode() { return NodeRef::Adopt(new fuzz::Node); }
 
     VisDataTree* TakeNode()
     {
@@ -148,6 +134,7 @@ private:
     void MakeLayout();
     void Check();
 
+    fuzz::LeakCheck leaks_;
     Bytes bytes_;
     std::array<NodeRef, NODES> nodes_;
     std::array<std::unique_ptr<VisDataTree::VisDataTreeCache>, CACHES> caches_;
@@ -255,7 +242,7 @@ void Scenario::MakeLayout()
         auto* const payload = dynamic_cast<VisTreeSpaceFillingLayoutNotification*>(notification);
         Require(payload != nullptr);
         for (const VisDataTree* const node : {payload->GetPreviousNode(), payload->GetNode()})
-            Require(!node || node->GetReferenceCount() > 0);
+            Require(!node || fuzz::Node::Lives(node));
         Require(++nesting_ <= 64);
         if (bytes_.Take() % 4 == 1)
             Step();
@@ -318,20 +305,12 @@ void Scenario::StepOfLayout(unsigned int operation)
 
 void Scenario::Check()
 {
-    for (const NodeRef& node : nodes_) {
-        const VisDataTree* const parent = node->GetParent();
-        if (parent)
-            Require(std::count(parent->GetChildren().begin(), parent->GetChildren().end(),
-                               node.Get()) == 1);
-        if (node->GetCache() && node->GetCache()->GetNode())
-            Require(node->GetCache()->GetNode() == node.Get());
-        for (const VisDataTree* const child : node->GetChildren())
-            Require(child->GetParent() == node.Get());
-    }
+    for (const NodeRef& node : nodes_)
+        fuzz::CheckNode(*node.Get());
     for (const auto& cache : caches_)
         Require(!cache->GetNode() || cache->GetNode()->GetCache() == cache.get());
-    if (layout_ && layout_->GetCurrentSelection())
-        Require(layout_->GetCurrentSelection()->GetReferenceCount() > 0);
+    if (layout_)
+        fuzz::CheckSlots(*layout_.Get(), /*inTree=*/false);
 }
 
 }  // namespace
