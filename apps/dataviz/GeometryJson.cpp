@@ -6,6 +6,7 @@
 #include <unordered_set>
 
 #include "JsonWriter.h"
+#include "ShownView.h"
 
 #include "KUV2D.h"
 #include "VisCushionLayout.h"
@@ -27,64 +28,6 @@ using IcicleCache = VisIcicleLayout::VisIcicleLayoutCache;
 std::string_view TextOf(const KUVUnicodeString& text)
 {
     return {text.GetUtf8(), text.GetByteCount()};
-}
-
-/// "#rrggbb"
-std::string HexColor(const KUVColor& color)
-{
-    constexpr std::string_view DIGITS = "0123456789abcdef";
-    std::string text = "#";
-    for (const unsigned char part : {color.r, color.g, color.b}) {
-        text += DIGITS[part >> 4U];
-        text += DIGITS[part & 15U];
-    }
-    return text;
-}
-
-/// What a view shows, read off the reps in its bag.
-struct ShownView {
-    std::vector<std::string_view> parts;
-    const KUV2DAnnotationTextRep* label = nullptr;
-    const KUV2DPolygonRep* polygon = nullptr;
-    bool isTexture = false;
-};
-
-/// The plates of hover and selection stand one unit inside the node and differ in their fill.
-std::string_view PartOfImage(const KUV2DImagePixelRep& image, const KUVMathPoint2Df& corner)
-{
-    constexpr int ICON_MODE = 2;
-    if (image.GetMode() == ICON_MODE)
-        return "icon";
-    if (image.GetLowerLeft().x == corner.x && image.GetLowerLeft().y == corner.y)
-        return "background";
-    int width = 0;
-    int height = 0;
-    image.GetImage()->GetSize(width, height);
-    const unsigned char* const row = image.GetImage()->GetRow(height / 2);
-    constexpr unsigned char HOVER_RED = 0xF1;
-    return row != nullptr && row[4 * (width / 2)] == HOVER_RED ? "hover" : "selected";
-}
-
-ShownView ReadView(const VisTreeSpaceFillingView& view)
-{
-    ShownView shown;
-    const KUV2DBagRep* const bag = view.GetBagRep();
-    const list<KUVRep>* const reps = bag != nullptr ? bag->GetChildren() : nullptr;
-    for (int i = 0; reps != nullptr && (*reps)[i] != nullptr; ++i) {
-        const KUVRep* const rep = (*reps)[i];
-        if (const auto* const polygon = dynamic_cast<const KUV2DPolygonRep*>(rep)) {
-            shown.parts.push_back(polygon->IsFilled() != 0 ? "background" : "contour");
-            if (polygon->IsFilled() != 0)
-                shown.polygon = polygon;
-        } else if (const auto* const image = dynamic_cast<const KUV2DImagePixelRep*>(rep)) {
-            shown.parts.push_back(PartOfImage(*image, view.GetBuiltPosition()));
-            shown.isTexture = shown.isTexture || shown.parts.back() == "background";
-        } else if (const auto* const text = dynamic_cast<const KUV2DAnnotationTextRep*>(rep)) {
-            shown.parts.emplace_back("label");
-            shown.label = text;
-        }
-    }
-    return shown;
 }
 
 class GeometryWriter {
@@ -406,7 +349,7 @@ void GeometryWriter::WriteShown(const ShownView& shown)
     }
     if (shown.polygon != nullptr)
         KeyText("background", HexColor(shown.polygon->GetColor()));
-    else if (shown.isTexture)
+    else if (shown.texture != nullptr)
         KeyText("background", "texture");
     else
         KeyNull("background");

@@ -10,7 +10,9 @@
 #include <QCryptographicHash>
 #include <nlohmann/json.hpp>
 
+#include "Grouped.h"
 #include "HtmlPageFiles.h"
+#include "ShownView.h"
 
 #include "KUV2D.h"
 #include "VisCushionLayout.h"
@@ -27,52 +29,19 @@ namespace {
 
 using Cache = VisTreeSpaceFillingLayoutCache;
 
-/// What a view shows, as far as the page cares.
-struct Shown {
-    const KUV2DPolygonRep* fill = nullptr;
-    const KUV2DImagePixelRep* image = nullptr;  // the first one, which is the background if any is
-    const KUV2DAnnotationTextRep* label = nullptr;
-    bool isEmpty = true;
-};
-
-Shown ReadBag(const KUV2DBagRep* bag)
-{
-    Shown shown;
-    const list<KUVRep>* const reps = bag != nullptr ? bag->GetChildren() : nullptr;
-    for (int i = 0; reps != nullptr && (*reps)[i] != nullptr; ++i) {
-        const KUVRep* const rep = (*reps)[i];
-        shown.isEmpty = false;
-        if (const auto* const polygon = dynamic_cast<const KUV2DPolygonRep*>(rep)) {
-            if (polygon->IsFilled() != 0)
-                shown.fill = polygon;
-        } else if (const auto* const image = dynamic_cast<const KUV2DImagePixelRep*>(rep)) {
-            if (shown.image == nullptr && i == 0)
-                shown.image = image;
-        } else if (const auto* const text = dynamic_cast<const KUV2DAnnotationTextRep*>(rep)) {
-            shown.label = text;
-        }
-    }
-    return shown;
-}
-
 const Cache* CacheOf(const VisDataTree& node) { return static_cast<const Cache*>(node.GetCache()); }
 
-Shown ReadNode(const VisDataTree& node)
+ShownView ReadNode(const VisDataTree& node)
 {
     const Cache* const cache = CacheOf(node);
     const VisTreeSpaceFillingView* const view = cache != nullptr ? cache->GetView() : nullptr;
-    return view != nullptr ? ReadBag(view->GetBagRep()) : Shown();
+    return view != nullptr ? ReadView(*view) : ShownView();
 }
 
-std::string HexColor(unsigned int red, unsigned int green, unsigned int blue)
+/// A closed node has an image as its background, and so has the root of a cushion picture.
+bool IsClosed(const VisDataTree& node, const ShownView& shown)
 {
-    constexpr const char* DIGITS = "0123456789abcdef";
-    std::string text = "#";
-    for (const unsigned int part : {red, green, blue}) {
-        text += DIGITS[part >> 4U & 15U];
-        text += DIGITS[part & 15U];
-    }
-    return text;
+    return shown.texture != nullptr && CacheOf(node)->IsExpanded() == 0;
 }
 
 /// The colour of a closed node's label band, which is the top of its image; empty without pixels.
@@ -84,7 +53,7 @@ std::string BandColor(const KUV2DImagePixelRep& rep)
         rep.GetImage()->GetSize(width, height);
     const unsigned char* const row =
         width > 0 && height > 0 ? rep.GetImage()->GetRow(height - 1) : nullptr;
-    return row != nullptr ? HexColor(row[0], row[1], row[2]) : std::string();
+    return row != nullptr ? HexColor({row[0], row[1], row[2], 255}) : std::string();
 }
 
 // ---- texts
@@ -108,14 +77,6 @@ std::string JsonText(const std::string& text)
     for (std::size_t at = json.find('<'); at != std::string::npos; at = json.find('<', at))
         json.replace(at, 1, "\\u003c");
     return json;
-}
-
-std::string Grouped(std::uint64_t number)
-{
-    std::string digits = std::to_string(number);
-    for (std::size_t at = digits.size(); at > 3;)
-        digits.insert(at -= 3, 1, ',');
-    return digits;
 }
 
 std::string Count(std::uint64_t number, const std::string& one)
@@ -163,7 +124,9 @@ std::string Swatch(const std::string& color)
 std::string Swatch(unsigned int index)
 {
     const unsigned int color = VisCushionLayout::COLOR_MAP[index];
-    return Swatch(HexColor(color >> 16U & 255U, color >> 8U & 255U, color & 255U));
+    return Swatch(HexColor({static_cast<unsigned char>(color >> 16U & 255U),
+                            static_cast<unsigned char>(color >> 8U & 255U),
+                            static_cast<unsigned char>(color & 255U), 255}));
 }
 
 std::string Term(const std::string& name, const std::string& meaning)
@@ -257,8 +220,8 @@ std::string HtmlPage::GroupStart(const KUV2DBagRep& bag) const
     if (found == entryOfBag_.end())
         return {};
     std::string start = "<g id=\"n" + std::to_string(found->second) + "\">";
-    const Shown shown = ReadBag(&bag);
-    if (shown.fill != nullptr || shown.image != nullptr)
+    const ShownView shown = ReadNode(*entries_[found->second].node);
+    if (shown.polygon != nullptr || shown.texture != nullptr)
         return start;
     const paint::PixelBox box = BoxOf(*CacheOf(*entries_[found->second].node)->GetView());
     return start + "<rect class=\"a\" x=\"" + std::to_string(box.left) + "\" y=\"" +
@@ -299,11 +262,11 @@ std::string HtmlPage::LevelColors() const
 {
     std::map<std::size_t, std::string> colors;  // of the levels
     for (const Entry& entry : entries_) {
-        const KUV2DPolygonRep* const fill = entry.isDrawn ? ReadNode(*entry.node).fill : nullptr;
+        const KUV2DPolygonRep* const fill = entry.isDrawn ? ReadNode(*entry.node).polygon : nullptr;
         if (fill == nullptr || colors.count(entry.level) != 0)
             continue;
         const KUVColor color = fill->GetColor();
-        colors[entry.level] = HexColor(color.r, color.g, color.b);
+        colors[entry.level] = HexColor(color);
     }
     std::string swatches;
     std::set<std::string> known;
@@ -371,8 +334,7 @@ std::string HtmlPage::Legend() const
 {
     std::string legend = Term("Size", SizeMeaning()) + Term("Colour", ColorMeaning());
     const bool hasClosed = std::any_of(entries_.begin(), entries_.end(), [](const Entry& entry) {
-        return entry.isDrawn && ReadNode(*entry.node).image != nullptr &&
-               CacheOf(*entry.node)->IsExpanded() == 0;
+        return entry.isDrawn && IsClosed(*entry.node, ReadNode(*entry.node));
     });
     if (hasClosed)
         legend +=
@@ -386,15 +348,15 @@ std::string HtmlPage::Legend() const
 /// colour of a closed node]; what is 0 or empty at the end is left out.
 std::string HtmlPage::DataRow(const Entry& entry) const
 {
-    const Shown shown = entry.isDrawn ? ReadNode(*entry.node) : Shown();
+    const ShownView shown = entry.isDrawn ? ReadNode(*entry.node) : ShownView();
     const std::string label = ShownText(entry.node->GetLabel());
     const bool isInPicture =
         shown.label != nullptr && !label.empty() && ShownText(shown.label->GetText()) == label;
     std::string row =
         '[' + (entry.parent == Entry::NO_PARENT ? "-1" : std::to_string(entry.parent)) + ',' +
         (isInPicture ? "0" : JsonText(label)) + ',' + JsonNumber(SizeValue(*entry.node));
-    const bool isClosed = shown.image != nullptr && CacheOf(*entry.node)->IsExpanded() == 0;
-    const std::string color = isClosed ? BandColor(*shown.image) : std::string();
+    const bool isClosed = IsClosed(*entry.node, shown);
+    const std::string color = isClosed ? BandColor(*shown.texture) : std::string();
     if (entry.below > 0 || !color.empty())
         row += ',' + std::to_string(entry.below);
     if (!color.empty())

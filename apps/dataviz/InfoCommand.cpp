@@ -7,6 +7,7 @@
 
 #include "Commands.h"
 #include "FileWriting.h"
+#include "Grouped.h"
 #include "InputTree.h"
 #include "JsonWriter.h"
 #include "OneLine.h"
@@ -20,17 +21,6 @@
 namespace dataviz {
 
 namespace {
-
-/// "1,234,567"
-std::string Grouped(std::uint64_t value)
-{
-    std::string text = std::to_string(value);
-    for (std::size_t at = text.size(); at > 3;) {
-        at -= 3;
-        text.insert(at, ",");
-    }
-    return text;
-}
 
 /// A name for a line of text: control characters escaped, a long one cut at a character.
 std::string ForLine(std::string_view name)

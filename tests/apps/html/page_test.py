@@ -355,6 +355,18 @@ class Zoom(PageTest):
         self.assertEqual(self.crumbs(), ["Gearbox", "Shaft group"])
         self.assertEqual(self.text("news"), "Rotor cannot be enlarged further")
 
+    def test_the_picture_moves_unless_the_reader_wants_no_motion(self):
+        self.addCleanup(self.browser.execute_cdp_cmd, "Emulation.setEmulatedMedia", {"media": "", "features": []})
+        for motion, movements in (("reduce", 0), ("no-preference", 1)):
+            features = [{"name": "prefers-reduced-motion", "value": motion}]
+            self.browser.execute_cdp_cmd("Emulation.setEmulatedMedia", {"media": "", "features": features})
+            count = self.run_script(
+                "arguments[0].focus(); arguments[0].dispatchEvent(new KeyboardEvent('keydown', {key: 'Enter', bubbles: true}));"
+                "const count = document.querySelector('#picture svg').getAnimations().length; document.getElementById('reset').click(); return count",
+                self.item("Shaft group"),
+            )
+            self.assertEqual(count, movements, motion)
+
     def test_the_path_leads_back_up(self):
         self.double_click("Shaft group")
         self.browser.find_element(By.CSS_SELECTOR, "#crumbs button").click()
