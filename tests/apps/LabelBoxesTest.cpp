@@ -186,6 +186,45 @@ TEST(LabelBoxes, FindALabelThatLeavesItsRectangle)
     EXPECT_EQ(LabelCheck(start + R"(width="32" )" + label).Labels(), 1u);
 }
 
+TEST(LabelBoxes, LieInsideTheirNodesInTheIciclePlotOfTheExample)
+{
+    for (const std::vector<std::string>& options :
+         std::vector<std::vector<std::string>>{{"--size", "1300x2000"},
+                                               {"--size", "fit"},
+                                               {"--size", "fit", "--scale", "1.5"},
+                                               {"--size", "fit", "--last-columns", "2"},
+                                               {"--size", "fit", "--inline-labels"}}) {
+        std::vector<std::string> words{"render",   KUV_SOURCE_DIR "/examples/example.step",
+                                       "-o",       "-",
+                                       "--format", "svg",
+                                       "--layout", "icicle"};
+        words.insert(words.end(), options.begin(), options.end());
+        const ProgramRun run = RunProgram(words);
+        const LabelCheck check(run.output);
+        EXPECT_EQ(run.status, 0) << run.errors;
+        EXPECT_EQ(check.Problems(), "") << options.back();
+        EXPECT_GT(check.Labels(), 100U) << options.back();
+    }
+}
+
+TEST(LabelBoxes, LieInsideTheirNodesInTheIciclePlotsOfTheSampleTrees)
+{
+    std::size_t labels = 0;
+    for (const fs::path& sample : Samples()) {
+        if (sample.parent_path().filename() != "trees")
+            continue;
+        const ProgramRun run = RunProgram({"render", sample.string(), "-o", "-", "--format", "svg",
+                                           "--layout", "icicle", "--size", "fit"});
+        const LabelCheck check(run.output);
+        EXPECT_EQ(run.status, 0) << sample << ": " << run.errors;
+        EXPECT_EQ(check.Problems(), "") << sample;
+        labels += check.Labels();
+    }
+    if (labels == 0)
+        GTEST_SKIP() << "no sample trees in " << SampleModels();
+    std::cout << "count: " << labels << " labels inside their rectangles in icicle plots\n";
+}
+
 TEST(LabelBoxes, LieInsideTheirNodesOnEveryModel)
 {
     const std::vector<fs::path> samples = Samples();

@@ -111,6 +111,83 @@ TEST(Options, RefuseSizesThatAreNotWholeNumbersOfAtLeastOne)
     }
 }
 
+TEST(Options, LeaveEverythingOfTheLayoutsAndEventsAtItsDefault)
+{
+    const RenderOptions options = Render({"in", "-o", "a.png"});
+    EXPECT_EQ(options.layout, "treemap");
+    EXPECT_EQ(options.lastColumns, 0xFFFFFFFFU);
+    EXPECT_FALSE(options.noAlign || options.inlineLabels || options.relativeToMinDepth);
+    EXPECT_FALSE(options.fitSize);
+    EXPECT_EQ(options.colorIndex, "product");
+    EXPECT_EQ(options.events, "");
+    EXPECT_EQ(options.deviceScale, 1.0F);
+    EXPECT_EQ(options.model.root, "");
+    EXPECT_EQ(Render({"in", "-o", "a.png", "--scale", "3"}).deviceScale, 3.0F) << "the scale";
+}
+
+TEST(Options, TakeTheOptionsOfTheIcicle)
+{
+    const RenderOptions options =
+        Render({"in", "-o", "a.png", "--layout", "icicle", "--no-align", "--last-columns=3",
+                "--inline-labels", "--relative-to-min-depth", "--size", "fit"});
+    EXPECT_TRUE(options.noAlign && options.inlineLabels && options.relativeToMinDepth);
+    EXPECT_TRUE(options.fitSize);
+    EXPECT_EQ(options.lastColumns, 3U);
+    EXPECT_EQ(Render({"in", "-o", "a.png", "--layout", "icicle", "--last-columns", "4294967295"})
+                  .lastColumns,
+              0xFFFFFFFFU);
+}
+
+TEST(Options, RefuseOptionsThatTheLayoutCannotUse)
+{
+    for (const char* const layout : {"treemap", "cushion"}) {
+        for (const char* const option : {"--no-align", "--last-columns=2", "--inline-labels",
+                                         "--relative-to-min-depth", "--size=fit"}) {
+            const std::string name = std::string(option).substr(0, std::string(option).find("=2"));
+            const std::string shown = name == "--size=fit" ? "--size fit" : name;
+            EXPECT_EQ(UsageError({"render", "in", "-o", "a.png", "--layout", layout, option}),
+                      shown + " needs --layout icicle");
+        }
+    }
+    EXPECT_EQ(UsageError({"render", "in", "-o", "a.png", "--color-index", "kind"}),
+              "--color-index needs --layout cushion");
+    EXPECT_EQ(Render({"in", "-o", "a.png", "--layout", "cushion", "--no-labels"}).noLabels, true)
+        << "only the icicle reads it, and it may be given all the same";
+}
+
+TEST(Options, RefuseNumbersOfColumnsBelowOneOrOutOfRange)
+{
+    for (const char* const count : {"0", "-1", "1.5", "two", "4294967296", ""})
+        EXPECT_NE(UsageError({"render", "in", "-o", "a.png", "--layout", "icicle", "--last-columns",
+                              count}),
+                  "accepted")
+            << count;
+}
+
+TEST(Options, RefuseUnknownColoursAndDeviceScales)
+{
+    EXPECT_NE(UsageError({"render", "in", "-o", "a.png", "--layout", "cushion", "--color-index",
+                          "rainbow"}),
+              "accepted");
+    for (const char* const scale : {"0", "-1", "nan", "inf", "x"})
+        EXPECT_NE(UsageError({"render", "in", "-o", "a.png", "--device-scale", scale}), "accepted")
+            << scale;
+}
+
+TEST(Options, GiveStandardInputToOneReaderOnly)
+{
+    EXPECT_EQ(UsageError({"render", "-", "-o", "a.png", "--events", "-"}),
+              "--events: standard input is the tree file already");
+    EXPECT_EQ(Render({"in", "-o", "a.png", "--events", "-"}).events, "-");
+}
+
+TEST(Options, RefuseToWriteOverTheEvents)
+{
+    EXPECT_NE(UsageError({"render", "-", "-o", KUV_SOURCE_DIR "/./LICENSE", "--events",
+                          KUV_SOURCE_DIR "/LICENSE", "--format", "png"}),
+              "accepted");
+}
+
 TEST(Options, RefuseScalesAndOriginsThatAreNoFiniteNumbers)
 {
     for (const char* const scale : {"0", "-1", "nan", "inf", "1e99", "x", ""})
