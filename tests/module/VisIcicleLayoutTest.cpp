@@ -3,11 +3,18 @@
 #include "IcicleFixture.h"
 #include "VirtualSlots.h"
 
+#include "private/IcicleAccess.h"
+
+#include "support/Allocations.h"
 #include "support/LiveInstances.h"
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <iostream>
+#include <limits>
 #include <memory>
+#include <new>
 #include <string>
 
 using icicles::BagRef;
@@ -179,4 +186,377 @@ TEST(VisIcicleLayout, AnInnerNodeWithAShallowSubtreeTakesSeveralColumns)
     plot.Draw();
     EXPECT_EQ(plot.Of("S")->GetIcicleColSpan(), 3U);
     EXPECT_EQ(plot.Drawn("S"), "292x24") << "(96 + 2) x 3 - 2";
+}
+
+TEST(VisIcicleLayout, TheStartOfAnAlignmentTakesWhatItIsShallowerThanItsParent)
+{
+    const Plot plot({"R", {{"A", {{"B", {{"C", {{"c"}}}}}}}, {"S", {{"s"}}}}});
+    EXPECT_EQ(plot.layout->AlignIciclePlotLeaves(plot.Node("S")), 4) << "three columns and s";
+    EXPECT_EQ(plot.Of("S")->GetIcicleColSpan(), 3U);
+    EXPECT_EQ(plot.layout->AlignIciclePlotLeaves(plot.Node("s")), 1);
+    EXPECT_EQ(plot.Of("A")->GetIcicleColSpan(), 1U) << "outside";
+}
+
+TEST(VisIcicleLayout, AlignmentForgetsWhatWasComputedBelow)
+{
+    const Plot plot(SHALLOW_AND_DEEP);
+    plot.layout->AlignIciclePlotLeaves(nullptr);
+    plot.DrawLast(3);
+    EXPECT_EQ(plot.Of("a1")->GetIcicleCursor(), 2U);
+    plot.layout->AlignIciclePlotLeaves(plot.Node("A"));
+    for (const char* const label : {"A", "a1", "a2"}) {
+        EXPECT_EQ(plot.Of(label)->GetIcicleCursor(), NOT_COMPUTED) << label;
+        EXPECT_EQ(Plot::Text(plot.Of(label)->GetIcicleSize()), "-1x-1") << label;
+    }
+    EXPECT_EQ(plot.Of("B")->GetIcicleCursor(), 1U) << "elsewhere";
+    EXPECT_EQ(plot.Drawn("a1"), "32x24") << "what was drawn stays";
+}
+
+TEST(VisIcicleLayout, AlignmentGoesThroughNodesWithoutCache)
+{
+    const Plot plot(SHALLOW_AND_DEEP);
+    Cache* const a = plot.Of("A");
+    plot.Node("A")->SetCache(nullptr);
+    EXPECT_EQ(plot.layout->AlignIciclePlotLeaves(nullptr), 3);
+    EXPECT_EQ(plot.Of("B")->GetIcicleColSpan(), 2U);
+    EXPECT_EQ(plot.Of("a1")->GetIcicleColSpan(), 1U);
+    plot.Node("A")->SetCache(a);
+}
+
+TEST(VisIcicleLayout, StaleDepthsStillGiveOneColumnAtLeast)
+{
+    const Plot plot({"R", {{"A"}}});
+    plot.root->ComputeMaxDepth();
+    plot.Node("A")->InsertChild(trees::MakeNode("late").Get(), /*resetCaches=*/1);
+    plot.root->ComputeMaxDepth();
+    plot.Node("late")->InsertChild(trees::MakeNode("later").Get(), /*resetCaches=*/0);
+    plot.layout->AlignIciclePlotLeaves(nullptr);
+    EXPECT_EQ(plot.Of("A")->GetIcicleColSpan(), 1U);
+}
+
+TEST(VisIcicleLayout, ResettingTheAlignmentResetsTheTreeRootAlone)
+{
+    const Plot plot(SHALLOW_AND_DEEP);
+    plot.layout->AlignIciclePlotLeaves(nullptr);
+    plot.Draw();
+    plot.layout->ResetIciclePlotAlignment();
+    EXPECT_EQ(plot.Root()->GetIcicleCursor(), NOT_COMPUTED);
+    EXPECT_EQ(Plot::Text(plot.Root()->GetIcicleSize()), "-1x-1");
+    EXPECT_EQ(plot.Of("B")->GetIcicleColSpan(), 2U);
+    EXPECT_EQ(plot.Of("B")->GetIcicleCursor(), 1U);
+}
+
+// ---- plot
+
+TEST(VisIcicleLayout, ChildrenAreStackedFromTheLastAtTheBottomToTheFirstAtTheTop)
+{
+    //       0     34    68   100
+    //  102  +-----+-----+-----+
+    //       |     |     | a1  |  78
+    //       |     |  A  +-----+
+    //       |     |     | a2  |  52
+    //       |  R  +-----+-----+
+    //       |     |     B     |  26
+    //       |     +-----+-----+
+    //       |     |  C  |  c  |
+    //    0  +-----+-----+-----+
+    const Plot plot(SHALLOW_AND_DEEP);
+    plot.layout->AlignIciclePlotLeaves(nullptr);
+    EXPECT_EQ(plot.DrawLast(NO_LIMIT), 3U);
+    EXPECT_EQ(plot.Rectangle("R"), "0,0 100x102");
+    EXPECT_EQ(plot.Rectangle("A"), "34,52 66x50");
+    EXPECT_EQ(plot.Rectangle("a1"), "68,78 32x24");
+    EXPECT_EQ(plot.Rectangle("a2"), "68,52 32x24");
+    EXPECT_EQ(plot.Rectangle("B"), "34,26 66x24");
+    EXPECT_EQ(plot.Rectangle("C"), "34,0 66x24");
+    EXPECT_EQ(plot.Rectangle("c"), "68,0 32x24");
+    EXPECT_EQ(plot.Drawn("R"), "32x102") << "the node's own rectangle";
+    EXPECT_EQ(plot.Drawn("B"), "66x24");
+}
+
+TEST(VisIcicleLayout, AnAreaLargerThanThePlotStretchesItAndASmallerOneDoesNotShrinkIt)
+{
+    const Plot plot(SHALLOW_AND_DEEP);
+    plot.layout->AlignIciclePlotLeaves(nullptr);
+    plot.Draw(200.0f, 204.0f);
+    EXPECT_EQ(plot.Rectangle("R"), "0,0 200x204");
+    EXPECT_EQ(plot.Rectangle("a1"), "136,156 64x48");
+    EXPECT_EQ(plot.Drawn("B"), "132x48");
+    plot.Draw(50.0f, 204.0f);
+    EXPECT_EQ(plot.Rectangle("R"), "0,0 100x204") << "each axis for itself";
+    plot.Draw(50.0f, 50.0f);
+    EXPECT_EQ(plot.Rectangle("R"), "0,0 100x102");
+}
+
+TEST(VisIcicleLayout, ViewsAreScaledAboutTheOrigin)
+{
+    const Plot plot(SHALLOW_AND_DEEP);
+    plot.layout->AlignIciclePlotLeaves(nullptr);
+    plot.layout->Draw({10.0f, 20.0f}, {1.0f, 1.0f}, plot.font.Get(), 2.0f);
+    EXPECT_EQ(plot.Rectangle("a1"), "78,98 32x24") << "layout units";
+    EXPECT_EQ(plot.Drawn("a1"), "64x48");
+    EXPECT_EQ(Plot::Text(plot.Of("a1")->GetView()->GetBuiltPosition()), "146x176")
+        << "10 + 68 x 2, 20 + 78 x 2";
+    EXPECT_EQ(Plot::Text(plot.Of("a1")->GetView()->GetBuiltSize()), "64x48");
+}
+
+TEST(VisIcicleLayout, WithOneLastColumnOnlyNodesThatEndInItAreDrawn)
+{
+    const Plot plot(SHALLOW_AND_DEEP);
+    plot.layout->AlignIciclePlotLeaves(nullptr);
+    EXPECT_EQ(plot.DrawLast(1), 3U);
+    for (const char* const label : {"a1", "a2", "B", "c"}) {
+        EXPECT_EQ(plot.Of(label)->IsDiscarded(), 0) << label;
+        EXPECT_EQ(plot.Drawn(label), "32x24") << label;
+        EXPECT_EQ(plot.Of(label)->GetPos().x, 0.0f) << label;
+    }
+    for (const char* const label : {"R", "A", "C"}) {
+        EXPECT_EQ(plot.Of(label)->IsDiscarded(), 1) << label;
+        EXPECT_EQ(plot.Of(label)->IsExpanded(), 1) << label;
+        EXPECT_EQ(plot.Drawn(label), "0x0") << label;
+        EXPECT_EQ(plot.Roles(label), "") << label;
+    }
+}
+
+TEST(VisIcicleLayout, TheDiscardedNodesAreSearchedThroughForAHit)
+{
+    const Plot plot(SHALLOW_AND_DEEP);
+    plot.layout->AlignIciclePlotLeaves(nullptr);
+    plot.DrawLast(1);
+    EXPECT_EQ(plot.layout->FindNodeAtPosition(5.0f, 80.0f), plot.Node("a1"));
+    EXPECT_EQ(plot.layout->FindNodeAtPosition(5.0f, 30.0f), plot.Node("B"));
+    EXPECT_EQ(plot.layout->FindNodeAtPosition(5.0f, 25.0f), nullptr) << "R is in the gap, hidden";
+    plot.DrawLast(NO_LIMIT);
+    EXPECT_EQ(plot.layout->FindNodeAtPosition(5.0f, 80.0f), plot.root.Get());
+}
+
+TEST(VisIcicleLayout, RelativeToTheMinimumDepthTheFirstDrawnColumnStandsAtTheOrigin)
+{
+    const Plot plot(SHALLOW_AND_DEEP);
+    plot.layout->AlignIciclePlotLeaves(nullptr);
+    plot.DrawLast(1, /*relative=*/1);
+    EXPECT_EQ(plot.Drawn("B"), "66x24") << "whole, from column 1 on";
+    EXPECT_EQ(plot.Of("B")->GetPos().x, 0.0f);
+    EXPECT_EQ(plot.Of("a1")->GetPos().x, 34.0f) << "its column is kept";
+    EXPECT_EQ(plot.Of("A")->GetPos().x, 34.0f) << "hidden: where its first child stands";
+}
+
+TEST(VisIcicleLayout, AVisibleNodeOfAnUnalignedTreeLeftOfTheLastColumnsHasNoWidth)
+{
+    // Without alignment B ends in column 1, left of the only column that is shown.
+    const Plot plot(SHALLOW_AND_DEEP);
+    plot.DrawLast(1);
+    EXPECT_EQ(plot.Of("B")->IsDiscarded(), 0);
+    EXPECT_EQ(plot.Drawn("B"), "0x24");
+    EXPECT_EQ(plot.Of("B")->GetPos().x, 0.0f);
+}
+
+TEST(VisIcicleLayout, PlottingOverwritesCursorsWithThePlotsDepths)
+{
+    const Plot plot({"R", {{"A", {{"B", {{"C", {{"c"}}}}}}}, {"S", {{"s", {{"t"}}}}}}});
+    plot.layout->AlignIciclePlotLeaves(nullptr);
+    plot.Draw();
+    EXPECT_EQ(plot.Of("s")->GetIcicleCursor(), 3U);
+    plot.layout->SetRedrawOnSetCurrentRoot(1);
+    plot.layout->VisTreeSpaceFillingLayout::SetCurrentRoot(plot.Node("s"), 1);
+    EXPECT_EQ(plot.Of("s")->GetIcicleCursor(), 2U) << "the number of its ancestors";
+    EXPECT_EQ(plot.Of("t")->GetIcicleCursor(), 3U);
+}
+
+TEST(VisIcicleLayout, DrawReplaysTheLimitAndTheLabelsOfTheLastMeasurement)
+{
+    const Plot plot(SHALLOW_AND_DEEP);
+    plot.layout->AlignIciclePlotLeaves(nullptr);
+    plot.layout->SetNLastNodes(2);
+    plot.Draw();
+    EXPECT_EQ(plot.Of("R")->IsDiscarded(), 0) << "the layout's own number is not asked";
+    plot.DrawLast(1, /*relative=*/0, /*inlineLabels=*/1);
+    plot.Draw();
+    EXPECT_EQ(plot.Of("A")->IsDiscarded(), 1);
+    EXPECT_EQ(plot.Root()->GetIcicleNLastNodes(), 1U);
+}
+
+TEST(VisIcicleLayout, DrawSelectsTheSelectionAgainAndPlotDoesNot)
+{
+    const Plot plot(SHALLOW_AND_DEEP);
+    plot.Select("B");
+    icicles::Listener listener(*plot.layout.Get());
+    plot.Draw();
+    EXPECT_EQ(listener.Take(), "select B > B; ");
+    EXPECT_EQ(plot.Of("B")->GetView()->GetSelectionStatus(), 1);
+    plot.DrawLast(NO_LIMIT);
+    EXPECT_EQ(listener.Take(), "");
+    EXPECT_EQ(plot.Of("B")->GetView()->GetSelectionStatus(), 1) << "the view keeps it";
+}
+
+TEST(VisIcicleLayout, ViewsAreWhiteAndShowPlates)
+{
+    const Plot plot(SHALLOW_AND_DEEP);
+    plot.ShowLabels();
+    plot.Draw();
+    EXPECT_EQ(plot.Roles("B"), "fill label");
+    EXPECT_EQ(plot.Of("B")->GetView()->GetHighlightMode(),
+              VisTreeSpaceFillingView::HighlightMode_Texture);
+    plot.layout->SetCurrentHighlightedNode(plot.Node("B"));
+    EXPECT_EQ(plot.Roles("B"), "fill hover label");
+    plot.Select("B");
+    EXPECT_EQ(plot.Roles("B"), "fill selected label");
+}
+
+TEST(VisIcicleLayout, LabelsShowWhereTheFlagSaysSo)
+{
+    const Plot plot(SHALLOW_AND_DEEP);
+    plot.Of("A")->SetShowLabel(1);
+    plot.Draw(1000.0f, 1000.0f);
+    const auto labelOf = [&plot](const char* label) {
+        const auto* const rep = viewreading::Find<KUV2DAnnotationTextRep>(
+            plot.Of(label)->GetView()->GetBagRep(), "label");
+        return rep ? std::string(rep->GetText().GetUtf8()) : std::string("none");
+    };
+    EXPECT_EQ(labelOf("A"), "A");
+    EXPECT_EQ(labelOf("B"), "");
+}
+
+// ---- current root
+
+TEST(VisIcicleLayout, AStretchedNodeThatBecomesTheRootIsAligned)
+{
+    const Plot plot({"R", {{"A", {{"B", {{"C", {{"c"}}}}}}}, {"S", {{"s", {{"t"}}}}}}});
+    plot.layout->AlignIciclePlotLeaves(nullptr);
+    plot.Draw();
+    ASSERT_EQ(plot.Of("S")->GetIcicleColSpan(), 2U);
+    icicles::Listener listener(*plot.layout.Get());
+    plot.layout->SetCurrentRoot(plot.Node("S"), 1);
+    EXPECT_EQ(plot.Of("S")->GetIcicleColSpan(), 2U) << "what its parent's depth asks for";
+    EXPECT_EQ(plot.layout->GetCurrentRoot(), plot.Node("S"));
+    EXPECT_EQ(plot.layout->GetCache(), plot.Of("S"));
+    EXPECT_EQ(listener.Take(), "select c > S; select S > S; root R > S; ");
+    EXPECT_EQ(plot.Of("S")->GetIcicleCursor(), 1U) << "drawn at once";
+    EXPECT_EQ(plot.Of("A")->GetView(), nullptr);
+}
+
+TEST(VisIcicleLayout, ANodeInOneColumnIsNotAlignedWhenItBecomesTheRoot)
+{
+    const Plot plot(SHALLOW_AND_DEEP);
+    plot.layout->SetRedrawOnSetCurrentRoot(0);
+    plot.Of("a1")->ComputeIcicleCursor();
+    plot.layout->SetCurrentRoot(plot.Node("A"), 1);
+    EXPECT_EQ(plot.Of("a1")->GetIcicleCursor(), 2U);
+    plot.layout->SetCurrentRoot(nullptr, 1);
+    EXPECT_EQ(plot.layout->GetCurrentRoot(), plot.root.Get());
+}
+
+TEST(VisIcicleLayout, ZoomingInAndOutGivesTheSamePlot)
+{
+    const Plot plot({"R", {{"A", {{"B", {{"C", {{"c"}}}}}}}, {"S", {{"s", {{"t"}}}}}}});
+    plot.layout->AlignIciclePlotLeaves(nullptr);
+    plot.Draw(500.0f, 400.0f);
+    const std::string before = plot.Rectangle("t") + plot.Rectangle("s") + plot.Rectangle("c");
+    plot.layout->SetCurrentRoot(plot.Node("A"), 1);
+    plot.layout->SetCurrentRoot(plot.Node("B"), 1);
+    EXPECT_EQ(plot.layout->Unzoom(), 1);
+    EXPECT_EQ(plot.layout->Unzoom(), 1);
+    EXPECT_EQ(plot.Rectangle("t") + plot.Rectangle("s") + plot.Rectangle("c"), before);
+}
+
+// ---- odd numbers, deep trees, memory
+
+TEST(VisIcicleLayout, OddNumbersAreSurvived)
+{
+    const float infinity = std::numeric_limits<float>::infinity();
+    const float largest = std::numeric_limits<float>::max();
+    const float odd[] = {
+        std::nanf(""), infinity,    -infinity,    largest,
+        -largest,      0.0f,        -0.0f,        std::numeric_limits<float>::denorm_min(),
+        -1.0f,         16777216.0f, 2147483648.0f};
+    const Plot plot(SHALLOW_AND_DEEP);
+    plot.ShowLabels();
+    plot.GiveIcons("icon");
+    plot.layout->AlignIciclePlotLeaves(nullptr);
+    for (const float a : odd) {
+        for (const float b : odd) {
+            plot.layout->Draw({a, b}, {b, a}, plot.font.Get(), 1.0f);
+            plot.layout->IciclePlot({0.0f, a}, {100.0f, 100.0f}, plot.font.Get(), 2, b, 1, 1);
+            plot.layout->FindNodeAtPosition(a, b);
+        }
+    }
+    plot.Draw(std::nanf(""), 100.0f);
+    EXPECT_EQ(plot.Of("R")->GetSize().x, 194.0f) << "two columns: not-a-number stretches nothing";
+}
+
+TEST(VisIcicleLayout, OddSpansAndCursorsAreSurvived)
+{
+    const Plot plot(SHALLOW_AND_DEEP);
+    for (const unsigned int span : {0U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
+        for (const unsigned int columns : {0U, 1U, 3U, 0x7FFFFFFFU, 0xFFFFFFFEU, NO_LIMIT}) {
+            VisIcicleAccess::SetColSpan(*plot.Of("A"), span);
+            VisIcicleAccess::SetCursor(*plot.Of("a1"), span);
+            VisIcicleAccess::SetIcicleSize(*plot.Root(), {-1.0f, -1.0f});
+            VisIcicleAccess::SetIcicleSize(*plot.Of("A"), {-1.0f, -1.0f});
+            plot.DrawLast(columns, 0, 0);
+            plot.DrawLast(columns, 1, 1);
+            plot.Key(icicles::LEFT);
+            plot.Key(icicles::DOWN);
+        }
+    }
+    EXPECT_EQ(plot.layout->GetCurrentRoot(), plot.root.Get());
+}
+
+TEST(VisIcicleLayout, DrawingAndZoomingManyLevelsNeitherNestsNorGrowsQuadratically)
+{
+    VisDataTree* last = nullptr;
+    const trees::NodeRef root = trees::MakeChain(trees::MANY_LEVELS, &last);
+    const auto layout = VisReference<VisIcicleLayout>::Adopt(
+        VisIcicleLayout::CreateLayout(nullptr, root.Get(), nullptr));
+    layout->AlignIciclePlotLeaves(nullptr);
+    // Views are built for the last columns alone; the other nodes get empty ones.
+    const unsigned int columns =
+        layout->IciclePlot({0.0f, 0.0f}, {100.0f, 100.0f}, nullptr, 3, 1.0f, 0, 0);
+    EXPECT_EQ(columns, trees::MANY_LEVELS);
+    EXPECT_EQ(CacheOf(last)->IsDiscarded(), 0);
+    EXPECT_EQ(CacheOf(root.Get())->IsDiscarded(), 1);
+    VisDataTree* const near = last->GetParent()->GetParent();
+    layout->SetCurrentRoot(near, 1);
+    EXPECT_EQ(CacheOf(root.Get())->GetView(), nullptr);
+    EXPECT_NE(CacheOf(last)->GetView(), nullptr);
+    EXPECT_EQ(layout->Unzoom(), 1);
+    layout->SetTreeRoot(nullptr);
+}
+
+TEST(VisIcicleLayout, LackOfMemoryLeavesTheLayoutUsable)
+{
+    const std::size_t failures = support::ForEveryFailingAllocation([] {
+        const trees::NodeRef root = trees::MakeNode("a node with a long label", "icon");
+        for (int i = 0; i < 3; ++i) {
+            VisDataTree* const child = trees::Append(root.Get(), "another long label of a node");
+            for (int k = 0; k < i; ++k)
+                trees::Append(child, "leaf", "icon");
+        }
+        const BagRef bag = BagRef::Adopt(KUV2DBagRep::CreateRep());
+        const icicles::FontRef font = icicles::FontRef::Adopt(support::MakeFixedWidthFont());
+        const auto layout = VisReference<VisIcicleLayout>::Adopt(
+            VisIcicleLayout::CreateLayout(nullptr, root.Get(), bag.Get()));
+        if (!layout)
+            return;
+        for (const unsigned int limit : {NO_LIMIT, 1U, 2U}) {
+            const auto work = [&] {
+                layout->AlignIciclePlotLeaves(nullptr);
+                layout->IciclePlot({0.0f, 0.0f}, {300.0f, 200.0f}, font.Get(), limit, 1.0f, 0, 0);
+                layout->SetCurrentRoot(root->GetChildren().back(), 1);
+                KUVKeybdEvent more(icicles::MORE, 1);
+                layout->KeyboardAction(&more);
+                KUVKeybdEvent left(icicles::LEFT, 1);
+                layout->KeyboardAction(&left);
+                layout->Unzoom();
+            };
+            try {
+                work();
+            } catch (const std::bad_alloc&) {
+                work();
+            }
+            EXPECT_EQ(CacheOf(root.Get())->GetIcicleNLastNodes(), limit);
+        }
+    });
+    EXPECT_GT(failures, 100U);
+    std::cout << "count: " << failures << " failing allocations while an icicle plot is drawn\n";
 }
