@@ -204,7 +204,7 @@ void EventScenario::SendMouseEvent()
     }
     mouse_.SetButtonsStatus(gesture.buttons);
     KUVMathPoint2Df at = TakePoint();
-    CheckHit(kind_, *layout_.Get(), at.x, at.y);
+    CheckHit(*layout_.Get(), kind_ == Kind::Icicle, at.x, at.y);
     DeliverMouse(gesture.action, gesture.button, modifier, at);
 }
 
@@ -545,7 +545,7 @@ void EventScenario::Check()
     if (tidy_)
         CheckViews(*layout_.Get(), *bag_.Get());
     const KUVMathPoint2Df at = TakePoint();
-    CheckHit(kind_, *layout_.Get(), at.x, at.y);
+    CheckHit(*layout_.Get(), kind_ == Kind::Icicle, at.x, at.y);
 }
 
 void EventScenario::Step()

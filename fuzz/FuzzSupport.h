@@ -123,7 +123,7 @@ public:
 };
 
 /// Odd sizes ask for larger images, and that takes time.
-constexpr std::size_t LARGEST_IMAGE = std::size_t{1} << 22U;
+constexpr std::size_t LARGEST_IMAGE = std::size_t{1} << 18U;
 
 /// While this lives, host objects are counted and large pixel buffers are refused. Requires at the
 /// end that everything that was made meanwhile is gone.

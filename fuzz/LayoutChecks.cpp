@@ -26,9 +26,6 @@ const Cache* CacheOf(const VisDataTree* node)
     return node ? dynamic_cast<const Cache*>(node->GetCache()) : nullptr;
 }
 
-/// The icicle plot alone searches through discarded nodes.
-bool SearchesDiscarded(Kind kind) { return kind == Kind::Icicle; }
-
 bool Holds(const Cache& cache, float x, float y)
 {
     const KUVMathPoint2Df& lower = cache.GetPos();
@@ -184,10 +181,10 @@ void CheckSlots(const VisTreeSpaceFillingLayout& layout, bool inTree)
         Require(!roots.top() || Node::Lives(roots.top()));
 }
 
-void CheckHit(Kind kind, VisTreeSpaceFillingLayout& layout, float x, float y)
+void CheckHit(VisTreeSpaceFillingLayout& layout, bool discardedToo, float x, float y)
 {
     const VisDataTree* const hit = layout.FindNodeAtPosition(x, y);
-    Require(hit == SearchPlainly(layout.GetCurrentRoot(), x, y, SearchesDiscarded(kind)));
+    Require(hit == SearchPlainly(layout.GetCurrentRoot(), x, y, discardedToo));
     if (!hit)
         return;
     Require(CacheOf(hit)->IsDiscarded() == 0);

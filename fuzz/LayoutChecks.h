@@ -27,8 +27,9 @@ void CheckNode(const VisDataTree& node);
 /// but the earlier roots belong to the tree.
 void CheckSlots(const VisTreeSpaceFillingLayout& layout, bool inTree);
 
-/// A hit is shown and holds the point, and is the one that a plain search finds.
-void CheckHit(Kind kind, VisTreeSpaceFillingLayout& layout, float x, float y);
+/// A hit is shown and holds the point, and is the one that a plain search finds. `discardedToo`:
+/// the layout searches through discarded nodes.
+void CheckHit(VisTreeSpaceFillingLayout& layout, bool discardedToo, float x, float y);
 
 /// Every view belongs to a node of the current root's subtree, and the bag holds just these views.
 /// For a tree that was not edited while it was shown.
