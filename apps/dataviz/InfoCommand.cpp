@@ -72,7 +72,8 @@ private:
 
 std::uint64_t InfoReport::Total() const
 {
-    return tree_.IsModel() ? tree_.Facts().counts->triangles : Weight(0);
+    const bool isWholeModel = tree_.IsModel() && options_.model.root.empty();
+    return isWholeModel ? tree_.Facts().counts->triangles : Weight(0);
 }
 
 /// All nodes but the root, the heaviest first, equal ones in the order of the tree.

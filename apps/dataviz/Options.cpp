@@ -14,19 +14,27 @@ namespace dataviz {
 
 namespace {
 
-constexpr const char* DESCRIPTION = "Draws the structure of a 3D model, or any weighted tree, as a "
-                                    "tree map: nested rectangles, one "
-                                    "for each part.";
+constexpr const char* DESCRIPTION =
+    "Draws the structure of a 3D model, or any weighted tree, as a tree map (nested rectangles), a "
+    "cushion tree map (shaded areas) or an icicle plot (columns).";
 
 constexpr const char* INPUTS =
     "INPUT is a 3D model (STEP, IGES, BREP, VRML, glTF/GLB, OBJ, STL, PLY) or a tree file (JSON or "
     "CSV); \"-\" reads a tree file from standard input.";
 
-constexpr const char* MEANING = "A node's rectangle follows the sizes that its labels need, not "
-                                "its weight: areas are no measure. "
-                                "The weights (triangles of a model, values of a tree file) are in "
-                                "the JSON output and in dataviz "
-                                "info, and give the shades of grey of --color-by-value.";
+constexpr const char* MEANING =
+    "Tree map and icicle plot give a node the room that labels need, not its weight: areas are no "
+    "measure. The weights (triangles of a model, values of a tree file) are in the JSON output and "
+    "in dataviz info, and give the tree map's shades of grey with --color-by-value.\n\n"
+    "Cushion: the areas of a model are its triangles, and its colours are what --color-index says. "
+    "Leaves of a tree file are equal and white unless --resize-by-value and --color-by-value ask "
+    "for "
+    "its values and colours.\n\n"
+    "Icicle plot: depth runs from left to right; heights count leaves. It is never shrunk: --size "
+    "fit shows it whole.\n\n"
+    "Events are JSON objects, one a line or in an array, for example {\"event\": \"motion\", "
+    "\"x\": "
+    "640, \"y\": 100}; what they gave is in the log of the JSON output. The manual lists them.";
 
 constexpr std::int64_t LARGEST_COUNT = std::numeric_limits<std::int64_t>::max();
 
@@ -287,14 +295,15 @@ CLI::App* AddRender(CLI::App& program, RenderOptions& options, RawRender& raw,
                      "without a font "
                      "(labels are then never cropped)")
         ->type_name("FAMILY");
+    command->add_flag("--no-labels", options.noLabels,
+                      "Clear the show-label flag of every node (only the icicle plot reads it)");
     command->add_flag(
-        "--no-labels", options.noLabels,
-        "Clear the show-label flag of every node (the tree map shows labels all the same)");
-    command->add_flag("--resize-by-value", options.resizeByValue,
-                      "Size nodes by their values, where the layout can (the tree map cannot: it "
-                      "shades them in grey)");
+        "--resize-by-value", options.resizeByValue,
+        "Cushion: size leaves by their values (a model's are without being asked); tree "
+        "map: shade nodes in grey instead");
     command->add_flag("--color-by-value", options.colorByValue,
-                      "Shade nodes in grey by their value relative to the root");
+                      "Tree map: shade nodes in grey by their value relative to the root; cushion: "
+                      "colour leaves by their colour value, 0 to 7");
     AddLayoutOptions(*command, options, raw);
     command
         ->add_option("--events", options.events,

@@ -312,6 +312,13 @@ TEST(Icicle, BeginsWithTheFirstDrawnNodeWhenItIsAsked)
     EXPECT_EQ(Geometry(relative, TREE)["nodes"][0]["icicleSize"][0], 3 * 98 - 2);
 }
 
+TEST(Icicle, MakesColumnsNarrowWithoutLabels)
+{
+    const Json root = Geometry({"-", "--layout", "icicle", "--no-labels"}, TREE)["nodes"][0];
+    EXPECT_EQ(root["icicleSize"][0], 4 * 34 - 2);
+    EXPECT_EQ(root["view"]["shownLabel"], "");
+}
+
 TEST(Icicle, SaysWhichSizeWouldShowItWhole)
 {
     const ScratchFolder folder;
@@ -400,6 +407,23 @@ TEST(Root, StartsFromASubtreeOfAModel)
     const auto same = std::find_if(whole.begin(), whole.end(),
                                    [](const Json& node) { return node["label"] == "Inlet"; });
     EXPECT_EQ(part[0]["sizeValue"], (*same)["sizeValue"]);
+}
+
+TEST(Root, LetsInfoListAndCheckTheSubtree)
+{
+    const ProgramRun json = RunProgram({"info", "-", "--json", "--root", "Housing"}, TREE);
+    ASSERT_EQ(json.status, 0) << json.errors;
+    EXPECT_EQ(Json::parse(json.output)["tree"]["label"], "Housing");
+    EXPECT_EQ(Json::parse(json.output)["tree"]["triangles"], 8);
+    EXPECT_EQ(RunProgram({"info", "-", "--root", "Housing", "--max-triangles", "8"}, TREE).status,
+              0);
+    EXPECT_EQ(RunProgram({"info", "-", "--root", "Housing", "--max-triangles", "7"}, TREE).status,
+              3);
+    const ProgramRun model = RunProgram({"info", EXAMPLE, "--root", "Pump/Inlet", "--top", "1"});
+    EXPECT_EQ(model.status, 0) << model.errors;
+    const ProgramRun checked =
+        RunProgram({"info", EXAMPLE, "--root", "Pump/Inlet", "--max-triangles", "10000"});
+    EXPECT_EQ(checked.status, 0) << "the whole has more, the inlet has not";
 }
 
 TEST(Root, CountsColumnsAndEventsFromTheSubtree)
