@@ -298,7 +298,9 @@
   /** A picture that is higher than the window becomes no higher than its content needs. */
   function fitHeight(needed) {
     const ofWindow = innerHeight * (WIDTH / Math.max(svg.clientWidth, 1));
-    shownHeight = Math.min(HEIGHT, Math.max(ofWindow * 0.8, needed));
+    const height = Math.min(HEIGHT, Math.max(ofWindow * 0.8, needed));
+    if (height === shownHeight) return; // telling the browser so would cost a layout
+    shownHeight = height;
     svg.setAttribute("viewBox", `0 0 ${WIDTH} ${shownHeight}`);
     svg.setAttribute("height", shownHeight);
     picture.classList.toggle("tall", shownHeight > WIDTH && shownHeight > HIGHEST_ON_PAPER * UNIT);
@@ -586,8 +588,8 @@
 
   function mark() {
     setMark("hover", hovered, 0.5);
-    setMark("under", isSelectionShown ? selected : null, 1.5);
-    setMark("selected", isSelectionShown ? selected : null, 1.5);
+    setMark("under", isSelectionShown ? selected : null, 1);
+    setMark("selected", isSelectionShown ? selected : null, 1);
   }
 
   function select(node) {

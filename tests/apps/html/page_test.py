@@ -111,7 +111,7 @@ class PageTest(unittest.TestCase):
     def shown(self):
         """The names, without value and share, of all nodes in the picture."""
         return self.run_script(
-            "return [...document.querySelectorAll('[role=treeitem]')].filter(item => getComputedStyle(item).display !== 'none')"
+            "return [...document.querySelectorAll('[role=treeitem]')].filter(item => getComputedStyle(item).visibility !== 'hidden')"
             ".map(item => item.getAttribute('aria-label').split(', value')[0].split(/, [0-9,]+ triangle/)[0])"
         )
 
@@ -322,7 +322,7 @@ class Zoom(PageTest):
         before = self.run_script("return document.querySelector('#picture text').getAttribute('font-size')")
         self.double_click("Shaft group")
         faults = self.run_script(
-            "return [...document.querySelectorAll('[role=treeitem]')].filter(item => getComputedStyle(item).display !== 'none' && item.querySelector('text'))"
+            "return [...document.querySelectorAll('[role=treeitem]')].filter(item => getComputedStyle(item).visibility !== 'hidden' && item.querySelector('text'))"
             ".filter(item => {const text = item.querySelector('text'); const box = item.querySelector('rect').getBBox(); const ink = text.getBBox();"
             "return text.getAttribute('font-size') !== arguments[0] || ink.x < box.x - 0.5 || ink.x + ink.width > box.x + box.width + 0.5})"
             ".map(item => item.outerHTML)",
@@ -366,6 +366,16 @@ class Zoom(PageTest):
                 self.item("Shaft group"),
             )
             self.assertEqual(count, movements, motion)
+
+    def test_what_is_outside_is_not_found_by_the_pointer(self):
+        self.double_click("Shaft group")
+        found = self.run_script(
+            "const outer = document.querySelector('#picture svg').getBoundingClientRect(); const found = new Set();"
+            "for (let x = 3; x < outer.width; x += 7) for (let y = 3; y < outer.height; y += 7) {"
+            "  const item = document.elementFromPoint(outer.x + x, outer.y + y).closest('[role=treeitem]'); if (item) found.add(item.getAttribute('aria-label').split(', value')[0]); }"
+            "return [...found]"
+        )
+        self.assertEqual(set(found), {"Shaft group", "Rotor", "Key", "</script><b>Bolt & 'nut'</b>"})
 
     def test_the_path_leads_back_up(self):
         self.double_click("Shaft group")
@@ -446,7 +456,7 @@ class Keyboard(PageTest):
     def test_a_slash_goes_to_the_search(self):
         self.focus("Key")
         self.press("/")
-        self.assertEqual(self.focused(), "query")
+        self.assertEqual(self.focused(), "Search labels")
         self.press("r/o")
         self.assertEqual(self.browser.find_element(By.ID, "query").get_attribute("value"), "r/o", "typed as it is in the field")
 
@@ -454,9 +464,9 @@ class Keyboard(PageTest):
         self.focus("Key")
         mark = self.run_script("const box = document.querySelector('#marks .selected').getBBox(); return [box.x, box.y, box.width, box.height]")
         x, y, width, height = self.box("Key")
-        for side, wanted in zip(mark, (x + 1.5, y + 1.5, width - 3, height - 3)):
+        for side, wanted in zip(mark, (x + 1, y + 1, width - 2, height - 2)):
             self.assertAlmostEqual(side, wanted, delta=0.6)
-        self.assertEqual(self.run_script("return getComputedStyle(document.querySelector('#marks .under')).strokeWidth"), "3px")
+        self.assertEqual(self.run_script("return getComputedStyle(document.querySelector('#marks .under')).strokeWidth"), "4px")
 
 
 class Network(PageTest):
@@ -624,6 +634,14 @@ class Cushion(PageTest):
         self.assertIn("Areas are in proportion to the value", self.browser.find_element(By.CSS_SELECTOR, "aside").text)
 
 
+    def test_what_is_outside_the_zoom_is_not_found_by_the_pointer(self):
+        self.focus("Shaft group")
+        self.press(Keys.ENTER)
+        for name in ("Rotor", "</script><b>Bolt & 'nut'</b>"):
+            ActionChains(self.browser, duration=0).move_to_element(self.item(name).find_element(By.CSS_SELECTOR, "rect")).perform()
+            self.assertEqual(self.browser.find_element(By.CSS_SELECTOR, "#tooltip .label").text, name)
+
+
 class Icicle(PageTest):
     name, words = "icicle", ("-", "--layout", "icicle", "--size", "fit")
 
@@ -748,7 +766,12 @@ class TenThousandNodes(PageTest):
         move = self.timed("document.activeElement.dispatchEvent(new KeyboardEvent('keydown', {key: 'ArrowDown', bubbles: true}))")
         print(f"milliseconds with 10,101 nodes: search {search:.0f}, zoom {zoom:.0f}, back {back:.0f}, move {move:.0f}")
         for milliseconds in (search, zoom, back, move):
-            self.assertLess(milliseconds, 3000, "also on a machine that is busy with other tests")
+            self.assertLess(milliseconds, 10000, "even on a machine that is busy with other work")
+
+    def test_no_node_has_listeners_of_its_own(self):
+        item = self.browser.execute_cdp_cmd("Runtime.evaluate", {"expression": "document.querySelector('#n5')"})["result"]["objectId"]
+        found = self.browser.execute_cdp_cmd("DOMDebugger.getEventListeners", {"objectId": item, "depth": -1})
+        self.assertEqual(found["listeners"], [])
 
 
 if __name__ == "__main__":
