@@ -7,6 +7,7 @@
 #include "module/reference/CushionReference.h"
 
 #include <cstdint>
+#include <iterator>
 #include <string>
 
 namespace scripts {
@@ -42,7 +43,8 @@ protected:
 
     std::string OwnStep() override
     {
-        const unsigned int mode = Chance(2) ? 1 : 0;
+        const unsigned int modes[] = {0, 1, 0, 1, 0, 1, 5, 2};
+        const unsigned int mode = modes[Below(std::size(modes))];
         const auto asked = static_cast<VisTreeMap_SliceDice>(mode);
         if (Chance(3)) {
             const KUVMathPoint2Df origin = Origin();

@@ -43,7 +43,7 @@ LayoutComparison::~LayoutComparison() = default;
 
 void LayoutComparison::MakeTree()
 {
-    std::size_t count = 1 + Below(Chance(3) ? 60 : 16);
+    std::size_t count = 1 + Below(Chance(40) ? 400 : Chance(3) ? 60 : 16);
     std::size_t reach = 1 + Below(count);
     switch (Below(10)) {
     case 0:  // a chain
@@ -550,18 +550,22 @@ std::string LayoutComparison::SetValues()
 
 std::string LayoutComparison::SetRoot()
 {
-    // Mostly the whole tree again: no earlier root is left then, as hosts are told.
+    // Mostly the whole tree again, and mostly no earlier root is left, as hosts are told.
     const Pair& pair = Chance(2) ? AnyPair() : pairs_.front();
     const bool isNone = Chance(5);
     layout_->SetTreeRoot(isNone ? nullptr : pair.node.Get());
     model_->SetTreeRoot(isNone ? nullptr : pair.twin.get());
-    layout_->EmptyStackOfLastTreeRoots();
-    model_->earlierRoots.clear();
+    const bool keepsStack = Chance(3);
+    if (!keepsStack) {
+        layout_->EmptyStackOfLastTreeRoots();
+        model_->earlierRoots.clear();
+    }
     for (Pair& lost : pairs_) {
         lost.lostCache = nullptr;
         lost.lostTwin = nullptr;
     }
-    return "tree root " + (isNone ? "none" : Name(pair.node.Get()));
+    return "tree root " + (isNone ? "none" : Name(pair.node.Get())) +
+           (keepsStack ? " with the stack kept" : "");
 }
 
 std::string LayoutComparison::Edit()
