@@ -53,6 +53,12 @@ inline const list<int>* SubElements(KUVRepPath& path)
     return path.GetSubElementList();
 }
 
+inline KUVViewpoint* ViewpointOf(KUVRepPath& path)
+{
+    const VisLockPause pause(path);
+    return path.GetViewpoint();
+}
+
 inline bool Contains(KUVRepPath& path, KUVRepPath& other)
 {
     const VisLockPause pause(path);
