@@ -120,6 +120,18 @@ public:
     /// caches that the caller made: one that a layout made stays with the layout, and is reported
     /// as a programming error, once a call.
     static void ReleaseFilteredTreeRoot(VisDataTree* root, unsigned char releaseCaches);
+
+    // ---- from a node back to the scene
+
+    /// Makes `result` the path that the node designates, stripped as by
+    /// `VisPathUtility::StripPickPath`. Without node, or without its path, nothing happens.
+    ///
+    /// A node with children whose path stands on its last rep gives the path to the rep above,
+    /// mapped onto the product level when `mapToProduct` is non-zero and that can be done. Every
+    /// other node gives the path that ends at its cursor, and `mapToProduct` has no effect. The
+    /// node's path keeps cursor and lock; `result` may be that path, and keeps its lock.
+    static void StripPickPathFromNode(VisDataTree* node, KUVPickPath& result,
+                                      unsigned char mapToProduct);
 };
 
 #endif

@@ -536,3 +536,30 @@ unsigned int VisDataTreeUtility::ComputeNbTypeOfRep(VisDataTree* node, const cha
         return 0;
     }
 }
+
+// ---- from a node back to the scene
+
+void VisDataTreeUtility::StripPickPathFromNode(VisDataTree* node, KUVPickPath& result,
+                                               unsigned char mapToProduct)
+{
+    KUVPickPath* const own = node ? PickPathOf(*node) : nullptr;
+    if (!own)
+        return;
+    const int size = Size(*own);
+    const bool isOnLast =
+        !node->GetChildren().empty() && size > 0 && CursorPosition(*own) == size - 1;
+    if (!isOnLast) {
+        VisPathUtility::StripPickPath(own, result, /*mapToProduct=*/0, nullptr);
+        return;
+    }
+    try {
+        // The cursor moves in a copy, so that the node's path stays as it is on every way out.
+        KUVPickPath path(*own);
+        path.InitToLeafRep();
+        path.NextFatherRep();
+        path.NextFatherRep();
+        VisPathUtility::StripPickPath(&path, result, mapToProduct, nullptr);
+    } catch (const std::bad_alloc&) {
+        // Without memory for the copy nothing happens.
+    }
+}
