@@ -109,10 +109,9 @@ std::string FileName(const std::string& input)
 /// The first pixel whose centre is not before `position`, as the painter takes it.
 int FirstPixel(float position)
 {
-    constexpr float FAR_AWAY = 1 << 28;
-    if (!(std::abs(position) <= FAR_AWAY))
-        return 0;
-    return static_cast<int>(std::ceil(static_cast<double>(position) - 0.5));
+    constexpr double FAR_AWAY = 1 << 28;
+    const double pixel = std::isnan(position) ? 0 : static_cast<double>(position);
+    return static_cast<int>(std::ceil(std::clamp(pixel, -FAR_AWAY, FAR_AWAY) - 0.5));
 }
 
 std::string Swatch(const std::string& color)
