@@ -56,7 +56,7 @@ TEST_F(RenderEvents, LogTheirAnswersAndWhatTheLayoutSays)
     EXPECT_EQ(log[3]["result"], 1);
     EXPECT_TRUE(log[5]["result"].is_null());
     EXPECT_EQ(picture["currentRoot"], 1);
-    EXPECT_EQ(picture["zoomStack"], Json({0}));
+    EXPECT_EQ(picture["zoomStack"], Json::array({0}));
     EXPECT_EQ(picture["selection"], 1);
     EXPECT_EQ(picture["highlighted"], 1) << "selecting the highlighted node keeps the highlight";
 }
