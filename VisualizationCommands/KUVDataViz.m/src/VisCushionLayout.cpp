@@ -99,54 +99,136 @@ long long SaturatingSum(long long a, long long b)
     return a > LARGEST - b ? LARGEST : a + b;
 }
 
-/// Adds up the values of a subtree with a stack of its own. What has no cushion cache does not show
-/// and weighs nothing.
-class ValueWalk {
+// ---- the nodes that show
+
+/// A node that shows.
+struct Item {
+    CushionCache* cache;
+    VisDataTree* node;
+    long long value;
+    /// Of those that show.
+    std::size_t childCount;
+    /// The node has no children at all.
+    bool isLeaf;
+    /// Not all of its children can be trusted to stay where they are put.
+    bool hasOddChild;
+};
+
+/// The nodes of a subtree that have a cushion cache, as their ancestors have, with their values: in
+/// pre-order, one behind the other. What has no cushion cache does not show and weighs nothing.
+///
+/// Large trees are all about memory: nodes and caches are walked once here, and once more along
+/// this list, which says beforehand where it leads.
+class CushionList {
 public:
-    void Run(VisDataTree& root, CushionCache& cache)
+    /// Adds the values up, or takes them as remembered when `isComputed`.
+    CushionList(VisDataTree& root, CushionCache& cache, bool isComputed) : isComputed_(isComputed)
     {
-        Enter(root, cache);
-        while (!open_.empty()) {
-            Sum& sum = open_.back();
-            if (sum.next < sum.children->size()) {
-                VisDataTree* const child = (*sum.children)[sum.next++];
-                if (CushionCache* const childCache = CushionCacheOf(child))
-                    Enter(*child, *childCache);
+        Append(root, cache);
+        while (!levels_.empty())
+            AppendChildren();
+    }
+
+    const std::vector<Item>& Items() const { return items_; }
+
+private:
+    /// A node whose children are being appended.
+    struct Level {
+        const VisDataTree* node;
+        std::size_t next;
+        std::size_t item;
+    };
+
+    /// Gives the value of a node without children.
+    long long Append(VisDataTree& node, CushionCache& cache)
+    {
+        const bool isLeaf = node.GetChildren().empty();
+        long long value = 0;
+        if (isComputed_)
+            value = cache.GetSubtreeValue();
+        else if (isLeaf)
+            value = LeafValueOf(cache);
+        items_.push_back({&cache, &node, value, 0, isLeaf, false});
+        if (!isLeaf)
+            levels_.push_back({&node, 0, items_.size() - 1});
+        return isLeaf ? value : 0;
+    }
+
+    /// Goes on with the innermost level until it has ended or another has begun.
+    void AppendChildren()
+    {
+        const std::size_t depth = levels_.size();
+        Level level = levels_.back();
+        const std::vector<VisDataTree*>& children = level.node->GetChildren();
+        long long sum = 0;
+        std::size_t count = 0;
+        bool hasOddChild = false;
+        while (level.next < children.size() && levels_.size() == depth) {
+            VisDataTree* const child = children[level.next++];
+            CushionCache* const cache = CushionCacheOf(child);
+            if (!cache) {
+                hasOddChild = hasOddChild || VisCacheAccess::LayoutCacheOf(child);
                 continue;
             }
-            const long long value = sum.value;
-            CushionAccess::SetSubtreeValue(*sum.cache, value);
-            open_.pop_back();
-            Add(value);
+            if (cache->GetNode() != child || child->GetParent() != level.node)
+                hasOddChild = true;
+            ++count;
+            sum = SaturatingSum(sum, Append(*child, *cache));
         }
+        levels_[depth - 1].next = level.next;
+        Item& item = items_[level.item];
+        item.childCount += count;
+        item.hasOddChild = item.hasOddChild || hasOddChild;
+        if (!isComputed_)
+            item.value = SaturatingSum(item.value, sum);
+        if (levels_.size() == depth)
+            Leave(item.value);
+    }
+
+    void Leave(long long value)
+    {
+        levels_.pop_back();
+        if (levels_.empty() || isComputed_)
+            return;
+        long long& sum = items_[levels_.back().item].value;
+        sum = SaturatingSum(sum, value);
+    }
+
+    bool isComputed_;
+    std::vector<Item> items_;
+    std::vector<Level> levels_;
+};
+
+/// Stores the values of the nodes of a list, also those that a walk along it no longer came to: the
+/// caches of nodes that count as computed are right from then on, whatever happens.
+class ValueKeeper {
+public:
+    explicit ValueKeeper(const std::vector<Item>& items) : items_(items) {}
+    ~ValueKeeper()
+    {
+        for (; next_ < items_.size(); ++next_)
+            CushionAccess::SetSubtreeValue(*items_[next_].cache, items_[next_].value);
+    }
+    ValueKeeper(const ValueKeeper&) = delete;
+    ValueKeeper& operator=(const ValueKeeper&) = delete;
+
+    /// The next item whose value is to be stored, or null; whoever takes it stores it.
+    const Item* Take() { return next_ < items_.size() ? &items_[next_++] : nullptr; }
+    /// Fetches what is needed some items later.
+    void FetchAhead() const
+    {
+        constexpr std::size_t DISTANCE = 8;
+        constexpr std::size_t LINE = 64;
+        if (next_ + DISTANCE >= items_.size())
+            return;
+        const auto* const bytes = reinterpret_cast<const char*>(items_[next_ + DISTANCE].cache);
+        for (std::size_t i = 0; i < sizeof(CushionCache); i += LINE)
+            __builtin_prefetch(bytes + i, /*forWriting=*/1);
     }
 
 private:
-    struct Sum {
-        CushionCache* cache;
-        const std::vector<VisDataTree*>* children;
-        std::size_t next;
-        long long value;
-    };
-
-    void Enter(VisDataTree& node, CushionCache& cache)
-    {
-        if (!node.GetChildren().empty()) {
-            open_.push_back({&cache, &node.GetChildren(), 0, 0});
-            return;
-        }
-        const long long value = LeafValueOf(cache);
-        CushionAccess::SetSubtreeValue(cache, value);
-        Add(value);
-    }
-
-    void Add(long long value)
-    {
-        if (!open_.empty())
-            open_.back().value = SaturatingSum(open_.back().value, value);
-    }
-
-    std::vector<Sum> open_;
+    const std::vector<Item>& items_;
+    std::size_t next_ = 0;
 };
 
 // ---- surfaces and rectangles
@@ -175,28 +257,30 @@ public:
     void Run(VisDataTree& root, CushionCache& cache, VisTreeMap_SliceDice mode,
              const KUVMathPoint2Df& size)
     {
+        const bool isComputed = cache.IsCushionComputed() != 0;
+        const CushionList list(root, cache, isComputed);
         Place place{
             mode, origin_, size, CushionGeometry::INITIAL_HEIGHT, CushionGeometry::HEIGHT_FACTOR,
             {}};
-        if (cache.IsCushionComputed() != 0) {
+        if (isComputed) {
             place.height = cache.GetHeight();
             place.factor = cache.GetScaleFactor();
             place.surface = CushionAccess::SurfaceOf(cache);
-        } else {
-            ValueWalk().Run(root, cache);
         }
+        ValueKeeper items(list.Items());
         const LocalRectangle rectangle = CushionGeometry::LocalTo(origin_, origin_, size);
-        Visit(root, cache, place, rectangle, maker_.BoxOf(rectangle));
-        while (!open_.empty())
-            VisitNextChild(open_.back());
+        Visit(*items.Take(), place, rectangle, maker_.BoxOf(rectangle));
+        while (const Item* const item = items.Take()) {
+            items.FetchAhead();
+            VisitChild(open_.back(), *item);
+        }
     }
 
 private:
     /// A node whose children are being laid out.
     struct Opened {
-        VisDataTree* node;
-        CushionCache* cache;
-        std::size_t next;
+        const Item* item;
+        std::size_t remaining;
         LocalRectangle rectangle;
         Strips strips;
         VisTreeMap_SliceDice childMode;
@@ -207,61 +291,59 @@ private:
         typename Maker::Cover cover;
     };
 
-    void VisitNextChild(Opened& parent)
+    void VisitChild(Opened& parent, const Item& child)
     {
-        const std::vector<VisDataTree*>& children = parent.node->GetChildren();
-        if (parent.next == children.size()) {
-            parent.order.Note(*parent.cache);
-            maker_.Finish(parent.cover);
-            maker_.Draw(*parent.node, *parent.cache);
-            open_.pop_back();
-            return;
-        }
-        VisDataTree* const child = children[parent.next++];
-        CushionCache* const cache = CushionCacheOf(child);
-        if (!cache) {
-            if (VisCacheAccess::LayoutCacheOf(child))
-                parent.order.Break();
-            return;
-        }
+        --parent.remaining;
         LocalRectangle strip = parent.rectangle;
-        strip.Along(parent.childMode) = parent.strips.Next(cache->GetSubtreeValue());
+        strip.Along(parent.childMode) = parent.strips.Next(child.value);
         Place place{parent.childMode,
                     {strip.x.begin + origin_.x, strip.y.begin + origin_.y},
                     {strip.x.end - strip.x.begin, strip.y.end - strip.y.begin},
                     parent.childHeight,
                     parent.factor,
                     parent.surface};
-        parent.order.Add(*parent.node, *child, *cache, place.position, place.size);
-        const LocalRectangle rectangle =
-            CushionGeometry::LocalTo(origin_, place.position, place.size);
-        LocalRectangle ridge = rectangle;
-        place.surface.Along(place.mode).AddRidge(place.height, ridge.Along(place.mode));
+        parent.order.Add(place.position, place.size);
+        LocalRectangle rectangle = CushionGeometry::LocalTo(origin_, place.position, place.size);
+        place.surface.Along(place.mode).AddRidge(place.height, rectangle.Along(place.mode));
         const typename Maker::Box box = maker_.BoxOf(rectangle);
         maker_.Add(parent.cover, box);
-        Visit(*child, *cache, place, rectangle, box);
+        Visit(child, place, rectangle, box);
     }
 
-    void Visit(VisDataTree& node, CushionCache& cache, const Place& place,
-               const LocalRectangle& rectangle, const typename Maker::Box& box)
+    void Visit(const Item& item, const Place& place, LocalRectangle rectangle,
+               const typename Maker::Box& box)
     {
+        CushionCache& cache = *item.cache;
         VisCacheAccess::SetPosition(cache, place.position);
         VisCacheAccess::SetSize(cache, place.size);
         VisCacheAccess::ChildOrder(cache) = VisChildOrder::Unknown;
+        CushionAccess::SetSubtreeValue(cache, item.value);
         CushionAccess::StoreCushion(cache, place.mode, place.surface, place.height, place.factor);
         maker_.Show(cache);
-        if (node.GetChildren().empty()) {
+        if (item.isLeaf) {
             maker_.ShadeLeaf(cache, box);
-            maker_.Draw(node, cache);
-            return;
+            maker_.Draw(*item.node, cache);
+        } else {
+            const VisTreeMap_SliceDice childMode = CushionGeometry::ChildModeOf(place.mode);
+            const VisAxis axis = CushionGeometry::AxisOf(childMode);
+            open_.push_back({&item, item.childCount, rectangle,
+                             Strips(rectangle.Along(childMode), item.value), childMode,
+                             place.height * place.factor, place.factor, place.surface,
+                             VisChildOrderCheck(axis), typename Maker::Cover(box, axis)});
         }
-        const VisTreeMap_SliceDice childMode = CushionGeometry::ChildModeOf(place.mode);
-        LocalRectangle whole = rectangle;
-        const VisAxis axis = CushionGeometry::AxisOf(childMode);
-        open_.push_back({&node, &cache, 0, rectangle,
-                         Strips(whole.Along(childMode), cache.GetSubtreeValue()), childMode,
-                         place.height * place.factor, place.factor, place.surface,
-                         VisChildOrderCheck(axis), typename Maker::Cover(box, axis)});
+        while (!open_.empty() && open_.back().remaining == 0) {
+            Close(open_.back());
+            open_.pop_back();
+        }
+    }
+
+    void Close(Opened& node)
+    {
+        if (node.item->hasOddChild)
+            node.order.Break();
+        node.order.Note(*node.item->cache);
+        maker_.Finish(node.cover);
+        maker_.Draw(*node.item->node, *node.item->cache);
     }
 
     Maker& maker_;

@@ -32,6 +32,14 @@ public:
              const VisTreeSpaceFillingLayoutCache& cache, const KUVMathPoint2Df& position,
              const KUVMathPoint2Df& size)
     {
+        Add(position, size);
+        // Over a link that leads one way only the parent would not hear of changes.
+        if (cache.GetNode() != &child || child.GetParent() != &parent)
+            Break();
+    }
+    /// The same for a child whose links are known to lead both ways.
+    void Add(const KUVMathPoint2Df& position, const KUVMathPoint2Df& size)
+    {
         const float lower = VisAlong(axis_, position);
         const float upper = lower + VisAlong(axis_, size);
         if (!any_) {
@@ -44,9 +52,6 @@ public:
         }
         lower_ = lower;
         upper_ = upper;
-        // Over a link that leads one way only the parent would not hear of changes.
-        if (cache.GetNode() != &child || child.GetParent() != &parent)
-            Break();
     }
     /// There is a child with a rectangle that stands anywhere.
     void Break()
