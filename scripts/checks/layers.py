@@ -72,7 +72,7 @@ ALLOWED = {
     "apps tests": TEST | PROGRAM | {"dataviz"},
     # The reader of tree files is fuzzed too, and labels are timed with a real font.
     "fuzz": MODULE_TEST | {"fuzzer", "dataviz"},
-    "benchmarks": MODULE_TEST | {"benchmark", "paint", "qt"},
+    "benchmarks": MODULE_TEST | {"compiler", "benchmark", "paint", "qt"},
     "examples": {"std", "occt"},
     "docs": {"std", "host", "include", "core", "import", "paint"},
 }

@@ -16,6 +16,7 @@
 #include "KUV2D.h"
 
 #include <algorithm>
+#include <deque>
 #include <iterator>
 #include <limits>
 #include <memory>
@@ -104,54 +105,77 @@ long long SaturatingSum(long long a, long long b)
 /// A node that shows.
 struct Item {
     CushionCache* cache;
-    VisDataTree* node;
-    long long value;
     /// Of those that show.
-    std::size_t childCount;
+    unsigned int childCount;
+    unsigned char isLeafObject;
     /// The node has no children at all.
     bool isLeaf;
     /// Not all of its children can be trusted to stay where they are put.
     bool hasOddChild;
 };
 
-/// The nodes of a subtree that have a cushion cache, as their ancestors have, with their values: in
-/// pre-order, one behind the other. What has no cushion cache does not show and weighs nothing.
+/// The nodes of a subtree that have a cushion cache, as their ancestors have, in pre-order, one
+/// behind the other. What has no cushion cache does not show and weighs nothing.
 ///
-/// Large trees are all about memory: nodes and caches are walked once here, and once more along
-/// this list, which says beforehand where it leads.
+/// Large trees are all about memory: nodes and caches are walked once here, and the caches once
+/// more along this list, which says beforehand where it leads.
 class CushionList {
 public:
-    /// Adds the values up, or takes them as remembered when `isComputed`.
+    /// Adds up the values, too, and stores those of nodes with children, unless `isComputed`.
     CushionList(VisDataTree& root, CushionCache& cache, bool isComputed) : isComputed_(isComputed)
     {
         Append(root, cache);
         while (!levels_.empty())
             AppendChildren();
     }
+    /// Stores what `TakeValue` was not asked for: the caches of nodes that count as computed are
+    /// right from then on, also when a walk along the list ended early.
+    ~CushionList()
+    {
+        for (; next_ != items_.end(); ++next_)
+            StoreLeafValue(*next_);
+    }
+    CushionList(const CushionList&) = delete;
+    CushionList& operator=(const CushionList&) = delete;
 
-    const std::vector<Item>& Items() const { return items_; }
+    /// Goes to the beginning.
+    void Rewind()
+    {
+        next_ = ahead_ = items_.begin();
+        for (int i = 0; i < DISTANCE; ++i)
+            FetchAhead();
+    }
+    /// The next item, or null. Its value stands in its cache from now on.
+    const Item* Take()
+    {
+        if (next_ == items_.end())
+            return nullptr;
+        FetchAhead();
+        StoreLeafValue(*next_);
+        return &*next_++;
+    }
 
 private:
+    /// How many items earlier a cache is fetched.
+    static constexpr int DISTANCE = 8;
+
     /// A node whose children are being appended.
     struct Level {
         const VisDataTree* node;
         std::size_t next;
-        std::size_t item;
+        Item* item;
+        long long value;
     };
 
     /// Gives the value of a node without children.
     long long Append(VisDataTree& node, CushionCache& cache)
     {
         const bool isLeaf = node.GetChildren().empty();
-        long long value = 0;
-        if (isComputed_)
-            value = cache.GetSubtreeValue();
-        else if (isLeaf)
-            value = LeafValueOf(cache);
-        items_.push_back({&cache, &node, value, 0, isLeaf, false});
-        if (!isLeaf)
-            levels_.push_back({&node, 0, items_.size() - 1});
-        return isLeaf ? value : 0;
+        items_.push_back({&cache, 0, node.IsLeafObject(), isLeaf, false});
+        if (isLeaf)
+            return LeafValueOf(cache);
+        levels_.push_back({&node, 0, &items_.back(), 0});
+        return 0;
     }
 
     /// Goes on with the innermost level until it has ended or another has begun.
@@ -160,75 +184,52 @@ private:
         const std::size_t depth = levels_.size();
         Level level = levels_.back();
         const std::vector<VisDataTree*>& children = level.node->GetChildren();
-        long long sum = 0;
-        std::size_t count = 0;
-        bool hasOddChild = false;
         while (level.next < children.size() && levels_.size() == depth) {
             VisDataTree* const child = children[level.next++];
             CushionCache* const cache = CushionCacheOf(child);
             if (!cache) {
-                hasOddChild = hasOddChild || VisCacheAccess::LayoutCacheOf(child);
+                level.item->hasOddChild |= VisCacheAccess::LayoutCacheOf(child) != nullptr;
                 continue;
             }
-            if (cache->GetNode() != child || child->GetParent() != level.node)
-                hasOddChild = true;
-            ++count;
-            sum = SaturatingSum(sum, Append(*child, *cache));
+            level.item->hasOddChild |=
+                cache->GetNode() != child || child->GetParent() != level.node;
+            ++level.item->childCount;
+            level.value = SaturatingSum(level.value, Append(*child, *cache));
         }
-        levels_[depth - 1].next = level.next;
-        Item& item = items_[level.item];
-        item.childCount += count;
-        item.hasOddChild = item.hasOddChild || hasOddChild;
-        if (!isComputed_)
-            item.value = SaturatingSum(item.value, sum);
-        if (levels_.size() == depth)
-            Leave(item.value);
+        levels_[depth - 1] = level;
+        if (levels_.size() > depth)
+            return;
+        levels_.pop_back();
+        if (isComputed_)
+            return;
+        CushionAccess::SetSubtreeValue(*level.item->cache, level.value);
+        if (!levels_.empty())
+            levels_.back().value = SaturatingSum(levels_.back().value, level.value);
     }
 
-    void Leave(long long value)
+    void StoreLeafValue(const Item& item) const
     {
-        levels_.pop_back();
-        if (levels_.empty() || isComputed_)
+        if (item.isLeaf && !isComputed_)
+            CushionAccess::SetSubtreeValue(*item.cache, LeafValueOf(*item.cache));
+    }
+
+    void FetchAhead()
+    {
+        constexpr std::size_t LINE = 64;
+        if (ahead_ == items_.end())
             return;
-        long long& sum = items_[levels_.back().item].value;
-        sum = SaturatingSum(sum, value);
+        const auto* const bytes = reinterpret_cast<const char*>(ahead_->cache);
+        for (std::size_t i = 0; i < sizeof(CushionCache); i += LINE)
+            __builtin_prefetch(bytes + i, /*forWriting=*/1);
+        ++ahead_;
     }
 
     bool isComputed_;
-    std::vector<Item> items_;
+    // Grows without moving what it holds.
+    std::deque<Item> items_;
+    std::deque<Item>::const_iterator next_ = items_.end();
+    std::deque<Item>::const_iterator ahead_ = items_.end();
     std::vector<Level> levels_;
-};
-
-/// Stores the values of the nodes of a list, also those that a walk along it no longer came to: the
-/// caches of nodes that count as computed are right from then on, whatever happens.
-class ValueKeeper {
-public:
-    explicit ValueKeeper(const std::vector<Item>& items) : items_(items) {}
-    ~ValueKeeper()
-    {
-        for (; next_ < items_.size(); ++next_)
-            CushionAccess::SetSubtreeValue(*items_[next_].cache, items_[next_].value);
-    }
-    ValueKeeper(const ValueKeeper&) = delete;
-    ValueKeeper& operator=(const ValueKeeper&) = delete;
-
-    /// The next item whose value is to be stored, or null; whoever takes it stores it.
-    const Item* Take() { return next_ < items_.size() ? &items_[next_++] : nullptr; }
-    /// Fetches what is needed some items later.
-    void FetchAhead() const
-    {
-        constexpr std::size_t DISTANCE = 8;
-        constexpr std::size_t LINE = 64;
-        if (next_ + DISTANCE >= items_.size())
-            return;
-        const auto* const bytes = reinterpret_cast<const char*>(items_[next_ + DISTANCE].cache);
-        for (std::size_t i = 0; i < sizeof(CushionCache); i += LINE)
-            __builtin_prefetch(bytes + i, /*forWriting=*/1);
-    }
-
-private:
-    const std::vector<Item>& items_;
-    std::size_t next_ = 0;
 };
 
 // ---- surfaces and rectangles
@@ -240,15 +241,14 @@ struct Place {
     KUVMathPoint2Df size;
     float height;
     float factor;
-    Surface surface;
 };
 
 /// Visits the nodes that a drawing shows, a node before its children, and stores the geometry of
 /// each in its cache.
 ///
-/// `Maker` says what becomes of a node: `Show(cache)`, `ShadeLeaf(cache, box)` for those without
-/// children, and `Draw(node, cache)` behind its children. A `Box` is what the maker knows of a
-/// rectangle as seen from the origin, and its `Cover` hears of the boxes of a node's children.
+/// `Maker` says what becomes of a node: `Show(cache, isLeafObject)`, and `ShadeLeaf(cache, box)`
+/// for those without children. A `Box` is what the maker knows of a rectangle as seen from the
+/// origin, and its `Cover` hears of the boxes of a node's children.
 template <class Maker>
 class CushionWalk {
 public:
@@ -258,29 +258,27 @@ public:
              const KUVMathPoint2Df& size)
     {
         const bool isComputed = cache.IsCushionComputed() != 0;
-        const CushionList list(root, cache, isComputed);
-        Place place{
-            mode, origin_, size, CushionGeometry::INITIAL_HEIGHT, CushionGeometry::HEIGHT_FACTOR,
-            {}};
+        CushionList items(root, cache, isComputed);
+        items.Rewind();
+        Place place{mode, origin_, size, CushionGeometry::INITIAL_HEIGHT,
+                    CushionGeometry::HEIGHT_FACTOR};
+        Surface surface;
         if (isComputed) {
             place.height = cache.GetHeight();
             place.factor = cache.GetScaleFactor();
-            place.surface = CushionAccess::SurfaceOf(cache);
+            surface = CushionAccess::SurfaceOf(cache);
         }
-        ValueKeeper items(list.Items());
         const LocalRectangle rectangle = CushionGeometry::LocalTo(origin_, origin_, size);
-        Visit(*items.Take(), place, rectangle, maker_.BoxOf(rectangle));
-        while (const Item* const item = items.Take()) {
-            items.FetchAhead();
+        Visit(*items.Take(), place, surface, rectangle, maker_.BoxOf(rectangle));
+        while (const Item* const item = items.Take())
             VisitChild(open_.back(), *item);
-        }
     }
 
 private:
     /// A node whose children are being laid out.
     struct Opened {
         const Item* item;
-        std::size_t remaining;
+        unsigned int remaining;
         LocalRectangle rectangle;
         Strips strips;
         VisTreeMap_SliceDice childMode;
@@ -294,47 +292,66 @@ private:
     void VisitChild(Opened& parent, const Item& child)
     {
         --parent.remaining;
-        LocalRectangle strip = parent.rectangle;
-        strip.Along(parent.childMode) = parent.strips.Next(child.value);
-        Place place{parent.childMode,
-                    {strip.x.begin + origin_.x, strip.y.begin + origin_.y},
-                    {strip.x.end - strip.x.begin, strip.y.end - strip.y.begin},
-                    parent.childHeight,
-                    parent.factor,
-                    parent.surface};
-        parent.order.Add(place.position, place.size);
-        LocalRectangle rectangle = CushionGeometry::LocalTo(origin_, place.position, place.size);
-        place.surface.Along(place.mode).AddRidge(place.height, rectangle.Along(place.mode));
-        const typename Maker::Box box = maker_.BoxOf(rectangle);
-        maker_.Add(parent.cover, box);
-        Visit(child, place, rectangle, box);
+        // Two copies of the same, so that places and surfaces never have to be looked up by axis.
+        if (parent.childMode == VisTreeMap_SideBySide)
+            VisitChildAlong<VisAxis::X>(parent, child);
+        else
+            VisitChildAlong<VisAxis::Y>(parent, child);
     }
 
-    void Visit(const Item& item, const Place& place, LocalRectangle rectangle,
-               const typename Maker::Box& box)
+    template <VisAxis AXIS>
+    void VisitChildAlong(Opened& parent, const Item& child)
+    {
+        const Span along = parent.strips.Next(child.cache->GetSubtreeValue());
+        const LocalRectangle strip = AXIS == VisAxis::X ? LocalRectangle{along, parent.rectangle.y}
+                                                        : LocalRectangle{parent.rectangle.x, along};
+        const Place place{parent.childMode,
+                          {strip.x.begin + origin_.x, strip.y.begin + origin_.y},
+                          {strip.x.end - strip.x.begin, strip.y.end - strip.y.begin},
+                          parent.childHeight,
+                          parent.factor};
+        parent.order.Add(place.position, place.size);
+        const LocalRectangle rectangle =
+            CushionGeometry::LocalTo(origin_, place.position, place.size);
+        Surface surface = parent.surface;
+        if (AXIS == VisAxis::X)
+            surface.x.AddRidge(place.height, rectangle.x);
+        else
+            surface.y.AddRidge(place.height, rectangle.y);
+        const typename Maker::Box box = maker_.BoxOf(rectangle);
+        maker_.Add(parent.cover, box);
+        Visit(child, place, surface, rectangle, box);
+    }
+
+    void Visit(const Item& item, const Place& place, const Surface& surface,
+               const LocalRectangle& rectangle, const typename Maker::Box& box)
     {
         CushionCache& cache = *item.cache;
         VisCacheAccess::SetPosition(cache, place.position);
         VisCacheAccess::SetSize(cache, place.size);
         VisCacheAccess::ChildOrder(cache) = VisChildOrder::Unknown;
-        CushionAccess::SetSubtreeValue(cache, item.value);
-        CushionAccess::StoreCushion(cache, place.mode, place.surface, place.height, place.factor);
-        maker_.Show(cache);
-        if (item.isLeaf) {
+        CushionAccess::StoreCushion(cache, place.mode, surface, place.height, place.factor);
+        maker_.Show(cache, item.isLeafObject);
+        if (item.isLeaf)
             maker_.ShadeLeaf(cache, box);
-            maker_.Draw(*item.node, cache);
-        } else {
-            const VisTreeMap_SliceDice childMode = CushionGeometry::ChildModeOf(place.mode);
-            const VisAxis axis = CushionGeometry::AxisOf(childMode);
-            open_.push_back({&item, item.childCount, rectangle,
-                             Strips(rectangle.Along(childMode), item.value), childMode,
-                             place.height * place.factor, place.factor, place.surface,
-                             VisChildOrderCheck(axis), typename Maker::Cover(box, axis)});
-        }
+        else
+            Open(item, place, surface, rectangle, box);
         while (!open_.empty() && open_.back().remaining == 0) {
             Close(open_.back());
             open_.pop_back();
         }
+    }
+
+    void Open(const Item& item, const Place& place, const Surface& surface,
+              const LocalRectangle& rectangle, const typename Maker::Box& box)
+    {
+        const VisTreeMap_SliceDice childMode = CushionGeometry::ChildModeOf(place.mode);
+        const VisAxis axis = childMode == VisTreeMap_SideBySide ? VisAxis::X : VisAxis::Y;
+        const Span& whole = axis == VisAxis::X ? rectangle.x : rectangle.y;
+        open_.push_back({&item, item.childCount, rectangle,
+                         Strips(whole, item.cache->GetSubtreeValue()), childMode,
+                         place.height * place.factor, place.factor, surface,
+                         VisChildOrderCheck(axis), typename Maker::Cover(box, axis)});
     }
 
     void Close(Opened& node)
@@ -343,7 +360,6 @@ private:
             node.order.Break();
         node.order.Note(*node.item->cache);
         maker_.Finish(node.cover);
-        maker_.Draw(*node.item->node, *node.item->cache);
     }
 
     Maker& maker_;
@@ -361,9 +377,8 @@ struct GeometryOnly {
     Box BoxOf(const LocalRectangle& /*rectangle*/) const { return {}; }
     void Add(Cover& /*cover*/, const Box& /*box*/) {}
     void Finish(const Cover& /*cover*/) {}
-    void Show(CushionCache& /*cache*/) {}
+    void Show(CushionCache& /*cache*/, unsigned char /*isLeafObject*/) {}
     void ShadeLeaf(CushionCache& /*cache*/, const Box& /*box*/) {}
-    void Draw(VisDataTree& /*node*/, CushionCache& /*cache*/) {}
 };
 
 /// Whatever caches were known to have nothing to reset may have something when this ends.
@@ -509,23 +524,18 @@ public:
     Box BoxOf(const LocalRectangle& rectangle) const { return picture_.BoxOf(rectangle); }
     void Add(Cover& cover, const Box& box) { cover.Add(box, picture_.Gaps()); }
     void Finish(const Cover& cover) { cover.Finish(picture_.Gaps()); }
-    void Show(VisCushionLayoutCache& cache)
+    void Show(VisCushionLayoutCache& cache, unsigned char isLeafObject)
     {
         VisCacheAccess::Show(cache, /*expanded=*/1);
-        layout_.CreateView(&cache);
+        VisTreeSpaceFillingView* const view = layout_.CreateView(&cache);
+        // The root's view is built at the end, with the picture.
+        if (view && &cache != &root_)
+            view->InitWithoutTexture(isLeafObject, ScaleAbout(origin_, cache.GetPos(), scale_),
+                                     {cache.GetSize().x * scale_, cache.GetSize().y * scale_});
     }
     void ShadeLeaf(VisCushionLayoutCache& cache, const Box& box)
     {
         picture_.AddPatch({box, CushionAccess::SurfaceOf(cache), ColourOf(cache)});
-    }
-    void Draw(VisDataTree& node, VisCushionLayoutCache& cache)
-    {
-        // The root's view is built at the end, with the picture.
-        VisTreeSpaceFillingView* const view = &cache == &root_ ? nullptr : cache.GetView();
-        if (view)
-            view->InitWithoutTexture(node.IsLeafObject(),
-                                     ScaleAbout(origin_, cache.GetPos(), scale_),
-                                     {cache.GetSize().x * scale_, cache.GetSize().y * scale_});
     }
 
 private:

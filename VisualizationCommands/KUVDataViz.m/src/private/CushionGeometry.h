@@ -2,7 +2,6 @@
 #define CushionGeometry_h
 
 #include "VisTreeMapLayout.h"
-#include "private/ChildOrder.h"
 
 #include "KUVStringsMath.h"
 
@@ -24,12 +23,6 @@ inline VisTreeMap_SliceDice ChildModeOf(VisTreeMap_SliceDice mode)
     return static_cast<VisTreeMap_SliceDice>((static_cast<unsigned int>(mode) + 1U) % 2U);
 }
 
-/// Along which axis a node cut in `mode` stands beside its siblings.
-inline VisAxis AxisOf(VisTreeMap_SliceDice mode)
-{
-    return mode == VisTreeMap_SideBySide ? VisAxis::X : VisAxis::Y;
-}
-
 /// The two ends of a rectangle along one axis.
 struct Span {
     float begin;
@@ -39,8 +32,6 @@ struct Span {
 struct LocalRectangle {
     Span x;
     Span y;
-
-    Span& Along(VisTreeMap_SliceDice mode) { return mode == VisTreeMap_SideBySide ? x : y; }
 };
 
 /// A rectangle in the layout's coordinates as seen from the origin of the drawing.
@@ -70,8 +61,6 @@ struct Parabola {
 struct Surface {
     Parabola x;
     Parabola y;
-
-    Parabola& Along(VisTreeMap_SliceDice mode) { return mode == VisTreeMap_SideBySide ? x : y; }
 };
 
 /// Deals out the spans of a node's children, one after the other, in proportion to their values.
