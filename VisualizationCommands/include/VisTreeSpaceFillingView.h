@@ -74,7 +74,7 @@ public:
     /// `pixels` holds trunc(size.x) x trunc(size.y) pixels (red, green, blue, alpha; bottom row
     /// first) made by `KUVAllocatePixels`. The view owns the buffer from the call on and frees it
     /// at once when no image is made of it. Null: only the contour is built. With
-    /// `withHighlightImages` the plates of `HighlightMode_Texture` are built as well.
+    /// `withHighlightImages` it has the plates of `HighlightMode_Texture`, made when first shown.
     void InitWithTexture(unsigned char isLeafObject, const KUVMathPoint2Df& position,
                          const KUVMathPoint2Df& size, unsigned int* pixels,
                          unsigned char withHighlightImages);
@@ -136,7 +136,8 @@ private:
     void BuildContour(const Box& box);
     /// Gives the size of the icon on the screen; meaningful when an icon rep was made.
     KUVMathPoint2Df BuildIcon(const Box& box, const Style& style, bool hasLabel);
-    void BuildHighlightImages(const Box& box, int plateWidth, int plateHeight);
+    void PrepareHighlightImages();
+    void ShowHighlightImages();
     void BuildLabel(const Box& box, const Style& style, const KUVMathPoint2Df& iconSize,
                     const KUVUnicodeString& label);
     void BuildTexture(const Box& box, unsigned char* pixels);
@@ -162,6 +163,8 @@ private:
     HighlightMode highlightMode_ = HighlightMode_Contour;
     unsigned char forcedVisible_ = 0;
     unsigned char built_ = 0;
+    // The view has plates, made or not.
+    unsigned char hasHighlightImages_ = 0;
     KUVMathPoint2Df builtPosition_;
     KUVMathPoint2Df builtSize_;
 };

@@ -2,6 +2,7 @@
 
 #include "IcicleFixture.h"
 #include "VirtualSlots.h"
+#include "core/PixelMemory.h"
 
 #include "private/IcicleAccess.h"
 
@@ -521,6 +522,25 @@ TEST(VisIcicleLayout, DrawingAndZoomingManyLevelsNeitherNestsNorGrowsQuadratical
     EXPECT_NE(CacheOf(last)->GetView(), nullptr);
     EXPECT_EQ(layout->Unzoom(), 1);
     layout->SetTreeRoot(nullptr);
+}
+
+TEST(VisIcicleLayout, APlotManyTimesLargerThanAnyWindowMakesImagesForWhatIsSelectedAlone)
+{
+    // A comb: the rectangles of its back are of 300 sizes, up to 7800 units high.
+    const trees::NodeRef root = trees::MakeNode("back");
+    VisDataTree* node = root.Get();
+    for (int i = 0; i < 300; ++i) {
+        trees::Append(node, "tooth");
+        node = trees::Append(node, "back");
+    }
+    const BagRef bag = BagRef::Adopt(KUV2DBagRep::CreateRep());
+    const auto layout = VisReference<VisIcicleLayout>::Adopt(
+        VisIcicleLayout::CreateLayout(nullptr, root.Get(), bag.Get()));
+    const std::size_t before = core::SumImageBytes();
+    layout->Draw({0.0f, 0.0f}, {1.0f, 1.0f}, nullptr, 1.0f);
+    EXPECT_LT(core::SumImageBytes() - before, 10000U);
+    layout->SetCurrentHighlightedNode(root.Get());
+    EXPECT_GT(core::SumImageBytes() - before, 20000U) << "the rows of one plate";
 }
 
 TEST(VisIcicleLayout, LackOfMemoryLeavesTheLayoutUsable)

@@ -90,6 +90,23 @@ TEST_F(VisTreeSpaceFillingViewStateTest, NodesOfOneSizeShareTheirPlates)
               Find<KUV2DImagePixelRep>(other.GetBagRep(), "hover")->GetImage());
 }
 
+TEST_F(VisTreeSpaceFillingViewStateTest, APlateIsMadeWhenItShowsForTheFirstTime)
+{
+    Init();
+    view.SetHighlightMode(View::HighlightMode_Texture);
+    const auto* const plates = textures.GetPlates(size);
+    ASSERT_NE(plates, nullptr);
+    EXPECT_EQ(plates->hover, nullptr);
+    EXPECT_EQ(plates->selected, nullptr);
+    view.SetHighlightStatus(1);
+    EXPECT_NE(plates->hover, nullptr);
+    EXPECT_EQ(plates->selected, nullptr);
+    view.SetSelectionStatus(1);
+    EXPECT_NE(plates->selected, nullptr);
+    Init();
+    EXPECT_EQ(Roles(Bag()), "fill selected label") << "both states survive a new build";
+}
+
 TEST_F(VisTreeSpaceFillingViewStateTest, APlateSmallerThanFourByFourIsNotMade)
 {
     size = {5.0f, 50.0f};

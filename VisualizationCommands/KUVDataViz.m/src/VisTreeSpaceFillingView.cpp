@@ -489,7 +489,7 @@ void VisTreeSpaceFillingView::Init(unsigned char isLeafObject, const KUVUnicodeS
     BuildBackground(box, style);
     BuildContour(box);
     const KUVMathPoint2Df iconSize = BuildIcon(box, style, !label.IsEmpty());
-    BuildHighlightImages(box, TruncateToInt(size.x - 2.0f), TruncateToInt(size.y - 2.0f));
+    PrepareHighlightImages();
     BuildLabel(box, style, iconSize, label);
     isLeafObject_ = isLeafObject;
     UpdateVisual();
@@ -514,8 +514,7 @@ void VisTreeSpaceFillingView::InitWithTexture(unsigned char isLeafObject,
     if (bytes && cachedTextures_) {
         BuildTexture(box, bytes);
         if (withHighlightImages)
-            BuildHighlightImages(box, TruncateToInt(std::max(2.0f, size.x - 2.0f)),
-                                 TruncateToInt(std::max(2.0f, size.y - 2.0f)));
+            PrepareHighlightImages();
     }
     // Without a label the layout has to show it elsewhere, as if it had been shortened.
     cropped_ = 1;
@@ -543,6 +542,7 @@ void VisTreeSpaceFillingView::Clean()
         std::exchange(textureImage_, nullptr)->Release();
     forcedVisible_ = 0;
     built_ = 0;
+    hasHighlightImages_ = 0;
 }
 
 void VisTreeSpaceFillingView::BuildBackground(const Box& box, const Style& style)
@@ -618,20 +618,38 @@ KUVMathPoint2Df VisTreeSpaceFillingView::BuildIcon(const Box& box, const Style& 
     return size;
 }
 
-void VisTreeSpaceFillingView::BuildHighlightImages(const Box& box, int plateWidth, int plateHeight)
+/// The plates themselves are made when one is shown for the first time: there are as many sizes as
+/// nodes in some pictures, and their plates together many times larger than any picture.
+void VisTreeSpaceFillingView::PrepareHighlightImages()
 {
-    auto* const plates = cachedTextures_->GetPlates(box.Size());
-    if (!plates)
-        return;
-    const KUVMathPoint2Df corner(box.x + 1.0f, box.y + 1.0f);
-    if (!plates->hover)
-        plates->hover = CreateRoundedPlate(plateWidth, plateHeight, PLATE_RADIUS, /*framed=*/0,
-                                           HOVER_FILL, HOVER_FILL);
-    hoverImageRep_ = CreateImageRep(corner, plates->hover, /*mode=*/0);
-    if (!plates->selected)
-        plates->selected = CreateRoundedPlate(plateWidth, plateHeight, PLATE_RADIUS, /*framed=*/1,
-                                              SELECTED_FILL, SELECTED_FRAME);
-    selectedImageRep_ = CreateImageRep(corner, plates->selected, /*mode=*/0);
+    hasHighlightImages_ = cachedTextures_->GetPlates(builtSize_) ? 1 : 0;
+}
+
+void VisTreeSpaceFillingView::ShowHighlightImages()
+{
+    const bool showsHover = highlightStatus_ && !selectionStatus_;
+    const bool showsSelected = selectionStatus_ != 0;
+    auto* const plates = hasHighlightImages_ && (showsHover || showsSelected)
+                             ? cachedTextures_->GetPlates(builtSize_)
+                             : nullptr;
+    if (plates) {
+        // Smaller sizes have no plates at all, so that it does not matter what they truncate to.
+        const int width = TruncateToInt(builtSize_.x - 2.0f);
+        const int height = TruncateToInt(builtSize_.y - 2.0f);
+        const KUVMathPoint2Df corner(builtPosition_.x + 1.0f, builtPosition_.y + 1.0f);
+        if (showsHover && !plates->hover)
+            plates->hover = CreateRoundedPlate(width, height, PLATE_RADIUS, /*framed=*/0,
+                                               HOVER_FILL, HOVER_FILL);
+        if (showsHover && !hoverImageRep_)
+            hoverImageRep_ = CreateImageRep(corner, plates->hover, /*mode=*/0);
+        if (showsSelected && !plates->selected)
+            plates->selected = CreateRoundedPlate(width, height, PLATE_RADIUS, /*framed=*/1,
+                                                  SELECTED_FILL, SELECTED_FRAME);
+        if (showsSelected && !selectedImageRep_)
+            selectedImageRep_ = CreateImageRep(corner, plates->selected, /*mode=*/0);
+    }
+    ShowWhen(hoverImageRep_, showsHover);
+    ShowWhen(selectedImageRep_, showsSelected);
 }
 
 void VisTreeSpaceFillingView::BuildLabel(const Box& box, const Style& style,
@@ -716,8 +734,7 @@ void VisTreeSpaceFillingView::UpdateVisual()
     if (highlightMode_ == HighlightMode_Contour) {
         ShowWhen(contourRep_, active);
     } else if (highlightMode_ == HighlightMode_Texture) {
-        ShowWhen(hoverImageRep_, highlightStatus_ && !selectionStatus_);
-        ShowWhen(selectedImageRep_, selectionStatus_ != 0);
+        ShowHighlightImages();
     }
     // Label and icon go out and in again, so that they stand above whatever was added before.
     if (labelRep_) {
