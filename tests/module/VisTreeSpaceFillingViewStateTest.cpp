@@ -463,3 +463,33 @@ TEST(VisTreeSpaceFillingViewState, EveryFailingAllocationLeavesAViewThatCanBeDes
     EXPECT_GT(failures, 30U);
     std::cout << "count: " << failures << " failing allocations while a view is built\n";
 }
+
+// ---- what it was built with
+
+TEST_F(VisTreeSpaceFillingViewStateTest, TellsTheRectangleOfTheLastBuildUntilItIsCleaned)
+{
+    EXPECT_EQ(view.IsBuilt(), 0);
+    Init();
+    EXPECT_EQ(view.IsBuilt(), 1);
+    ExpectPoint(view.GetBuiltPosition(), 10, 20);
+    ExpectPoint(view.GetBuiltSize(), 100, 50);
+    view.SetSelectionStatus(1);
+    view.SetHighlightMode(View::HighlightMode_Texture);
+    EXPECT_EQ(view.IsBuilt(), 1);
+    view.Clean();
+    EXPECT_EQ(view.IsBuilt(), 0);
+}
+
+TEST_F(VisTreeSpaceFillingViewStateTest, IsBuiltByEveryBuildThatIsNotRefused)
+{
+    view.InitWithoutTexture(0, {3, 4}, {0, 7});
+    EXPECT_EQ(view.IsBuilt(), 1) << "one side is enough";
+    ExpectPoint(view.GetBuiltSize(), 0, 7);
+    view.InitWithoutTexture(0, {3, 4}, {0, 0});
+    EXPECT_EQ(view.IsBuilt(), 0) << "and a refused build cleans";
+    view.InitWithTexture(0, {5, 6}, {8, 9}, nullptr, 0);
+    EXPECT_EQ(view.IsBuilt(), 1);
+    ExpectPoint(view.GetBuiltPosition(), 5, 6);
+    view.InitWithTexture(0, {std::numeric_limits<float>::quiet_NaN(), 6}, {8, 9}, nullptr, 0);
+    EXPECT_EQ(view.IsBuilt(), 0);
+}
