@@ -81,6 +81,7 @@ void EventScenario::MakeTrees()
 void EventScenario::MakeLayout()
 {
     layout_ = {};
+    ForgetCounts();
     VisDataTree* const root = bytes_.Take() % 4 == 0 ? TakeNode() : nodes_[0].Get();
     layout_ = VisReference<Layout>::Adopt(fuzz::MakeLayout(kind_, root, bag_.Get()));
     Require(layout_.Get() != nullptr);
@@ -382,6 +383,16 @@ void EventScenario::Replace(NodeRef& node)
     node = NodeRef::Adopt(new Node);
 }
 
+/// What was edited without a word to the ancestors left them with counts that are out of date.
+void EventScenario::ForgetCounts()
+{
+    const NodeRef child = NodeRef::Adopt(new Node);
+    for (const NodeRef& node : nodes_) {
+        node->InsertChild(child.Get(), 1);
+        child->RemoveParent(1);
+    }
+}
+
 void EventScenario::ShowAnotherTree()
 {
     const unsigned int choice = bytes_.Take();
@@ -393,6 +404,7 @@ void EventScenario::ShowAnotherTree()
             root = root->GetParent();
     }
     const bool wasTidy = tidy_;
+    ForgetCounts();
     layout_->SetTreeRoot(root);
     if (choice < 0xE0)
         layout_->EmptyStackOfLastTreeRoots();
@@ -517,21 +529,72 @@ void EventScenario::Draw(const Area& area)
     layout_->Draw(area.position, area.size, font_.Get(), area.scale);
 }
 
-/// Draws twice with listeners that do nothing: the second time nothing changes.
+/// Drawings with listeners that do nothing.
 void EventScenario::DrawUndisturbed()
 {
     const Area area = TakeArea();
     muted_ = true;
-    Draw(area);
-    if (tidy_ && layout_->GetCurrentRoot()) {
-        if (IsDrawn(kind_, area.size, area.scale))
-            CheckDrawn(kind_, *layout_.Get(), contained_);
-        const std::vector<std::uint32_t> once = DescribeDrawn(*layout_.Get());
+    if (!tidy_ || !layout_->GetCurrentRoot())
         Draw(area);
-        if (IsRepeatable(kind_, *layout_.Get()))
-            Require(DescribeDrawn(*layout_.Get()) == once);
-    }
+    else if (kind_ == Kind::Icicle && bytes_.TakeFlag() != 0)
+        PlotAnew(area);
+    else if (kind_ != Kind::Icicle && bytes_.TakeFlag() != 0)
+        ZoomAndBack(area);
+    else
+        DrawTwice(area);
     muted_ = false;
+}
+
+/// The second time nothing changes.
+void EventScenario::DrawTwice(const Area& area)
+{
+    Draw(area);
+    if (IsDrawn(kind_, area.size, area.scale)) {
+        CheckDrawn(kind_, *layout_.Get());
+        if (contained_ && kind_ != Kind::Icicle)
+            CheckPlaced(kind_, *layout_.Get());
+    }
+    const std::vector<std::uint32_t> once = DescribeDrawn(*layout_.Get(), /*views=*/true);
+    Draw(area);
+    if (IsRepeatable(kind_, *layout_.Get()))
+        Require(DescribeDrawn(*layout_.Get(), /*views=*/true) == once);
+}
+
+/// Brings back the same rectangles.
+void EventScenario::ZoomAndBack(const Area& area)
+{
+    Draw(area);
+    VisDataTree* const target = TakeNode();
+    if (!IsInTree(target, layout_->GetTreeRoot()) || !IsDrawn(kind_, area.size, area.scale) ||
+        !IsDrawn(kind_, area.size, 1.0F))
+        return;
+    const std::vector<std::uint32_t> before = DescribeDrawn(*layout_.Get(), /*views=*/false);
+    VisDataTree* const root = layout_->GetCurrentRoot();
+    const unsigned char redraws = layout_->GetRedrawOnSetCurrentRoot();
+    layout_->SetRedrawOnSetCurrentRoot(1);
+    layout_->SetCurrentRoot(target, 1);
+    Require(layout_->GetCurrentRoot() == target);
+    if (target != root) {
+        CheckDrawn(kind_, *layout_.Get());
+        Require(layout_->Unzoom() == 1);
+        Require(layout_->GetCurrentRoot() == root);
+        if (IsInTree(target, root))
+            Require(DescribeDrawn(*layout_.Get(), /*views=*/false) == before);
+    }
+    layout_->SetRedrawOnSetCurrentRoot(redraws);
+}
+
+/// Columns and sizes found out again.
+void EventScenario::PlotAnew(const Area& area)
+{
+    auto* const icicle = dynamic_cast<VisIcicleLayout*>(layout_.Get());
+    icicle->AlignIciclePlotLeaves(nullptr);
+    const unsigned char relative = bytes_.TakeFlag();
+    icicle->IciclePlot(area.position, area.size, font_.Get(), 0xFFFFFFFFU, area.scale, relative,
+                       bytes_.TakeFlag());
+    CheckDrawn(kind_, *layout_.Get());
+    CheckPlaced(kind_, *layout_.Get());
+    CheckAligned(*layout_.Get());
 }
 
 void EventScenario::Check()

@@ -63,6 +63,7 @@ private:
     void Navigate(unsigned int action);
     void Change(unsigned int action);
     void EditTree();
+    void ForgetCounts();
     void ShowAnotherTree();
     void Weigh();
     void Turn();
@@ -70,6 +71,9 @@ private:
     void UseColumns(VisIcicleLayout& icicle);
     void Draw(const Area& area);
     void DrawUndisturbed();
+    void DrawTwice(const Area& area);
+    void ZoomAndBack(const Area& area);
+    void PlotAnew(const Area& area);
     void Check();
 
     VisDataTree* TakeNode();

@@ -46,25 +46,36 @@ const VisDataTree* SearchPlainly(const VisDataTree* node, float x, float y, bool
     return cache->IsDiscarded() == 0 ? node : nullptr;
 }
 
-bool IsModerate(const KUVMathPoint2Df& point)
+/// So far from the origin floats round too much to tell.
+bool IsModerate(const Cache& cache)
 {
-    constexpr float LIMIT = 1.0e5F;
-    return std::abs(point.x) <= LIMIT && std::abs(point.y) <= LIMIT;
+    constexpr float LIMIT = 1.0e4F;
+    const KUVMathPoint2Df& lower = cache.GetPos();
+    const KUVMathPoint2Df& size = cache.GetSize();
+    return std::abs(lower.x) <= LIMIT && std::abs(lower.y) <= LIMIT && size.x >= 0.0F &&
+           size.x <= LIMIT && size.y >= 0.0F && size.y <= LIMIT;
 }
 
-/// Whether the child's rectangle lies in the parent's; so far from the origin floats round.
+constexpr float ROUNDING = 0.125F;
+
 void CheckInside(const Cache& parent, const Cache& child)
 {
-    if (!IsModerate(parent.GetPos()) || !IsModerate(parent.GetSize()) || parent.GetSize().x < 0 ||
-        parent.GetSize().y < 0)
-        return;
-    constexpr float ROUNDING = 0.25F;
     Require(child.GetPos().x >= parent.GetPos().x - ROUNDING);
     Require(child.GetPos().y >= parent.GetPos().y - ROUNDING);
     Require(child.GetPos().x + child.GetSize().x <=
             parent.GetPos().x + parent.GetSize().x + ROUNDING);
     Require(child.GetPos().y + child.GetSize().y <=
             parent.GetPos().y + parent.GetSize().y + ROUNDING);
+}
+
+void CheckApart(const Cache& one, const Cache& other)
+{
+    const auto overlap = [](float lower1, float size1, float lower2, float size2) {
+        return std::min(lower1 + size1, lower2 + size2) - std::max(lower1, lower2);
+    };
+    Require(
+        overlap(one.GetPos().x, one.GetSize().x, other.GetPos().x, other.GetSize().x) <= ROUNDING ||
+        overlap(one.GetPos().y, one.GetSize().y, other.GetPos().y, other.GetSize().y) <= ROUNDING);
 }
 
 void CheckHidden(const VisDataTree& top)
@@ -82,7 +93,7 @@ void CheckHidden(const VisDataTree& top)
     }
 }
 
-void CheckDrawnNode(Kind kind, const VisDataTree& node, const Cache& cache, bool contained)
+void CheckDrawnNode(Kind kind, const VisDataTree& node, const Cache& cache)
 {
     if (kind == Kind::TreeMap && cache.IsDiscarded() != 0) {
         // No cell of a grid was left for it.
@@ -91,21 +102,26 @@ void CheckDrawnNode(Kind kind, const VisDataTree& node, const Cache& cache, bool
     }
     Require(cache.GetView() != nullptr);
     Require(cache.GetView()->IsVisible() <= 1);
-    if (kind != Kind::TreeMap)
+    if (kind != Kind::TreeMap || node.GetChildren().empty())
         Require(cache.IsExpanded() == 1);
     if (kind != Kind::Icicle)
         Require(cache.IsDiscarded() == 0);
-    if (node.GetChildren().empty())
-        Require(cache.IsExpanded() == 1);
+    if (cache.IsExpanded() != 0)
+        return;
+    for (const VisDataTree* const child : node.GetChildren())
+        CheckHidden(*child);
+}
+
+/// The caches of the children that are shown.
+std::vector<const Cache*> ShownChildren(const VisDataTree& node)
+{
+    std::vector<const Cache*> shown;
     for (const VisDataTree* const child : node.GetChildren()) {
-        const Cache* const childCache = CacheOf(child);
-        if (!childCache)
-            continue;
-        if (cache.IsExpanded() == 0)
-            CheckHidden(*child);
-        else if (contained && kind != Kind::Icicle && childCache->IsDiscarded() == 0)
-            CheckInside(cache, *childCache);
+        const Cache* const cache = CacheOf(child);
+        if (cache && cache->IsDiscarded() == 0)
+            shown.push_back(cache);
     }
+    return shown;
 }
 
 std::uint32_t BitsOf(float number)
@@ -210,7 +226,7 @@ void CheckViews(VisTreeSpaceFillingLayout& layout, const KUV2DBagRep& bag)
         Require(bags.count((*shown)[i]) == 1);
 }
 
-void CheckDrawn(Kind kind, VisTreeSpaceFillingLayout& layout, bool contained)
+void CheckDrawn(Kind kind, VisTreeSpaceFillingLayout& layout)
 {
     VisPreOrderWalk<VisDataTree> walk(layout.GetCurrentRoot());
     while (const VisDataTree* const node = walk.Next()) {
@@ -219,13 +235,52 @@ void CheckDrawn(Kind kind, VisTreeSpaceFillingLayout& layout, bool contained)
             walk.SkipChildren();
             continue;
         }
-        CheckDrawnNode(kind, *node, *cache, contained);
+        CheckDrawnNode(kind, *node, *cache);
         if (cache->IsExpanded() == 0)
             walk.SkipChildren();
     }
 }
 
-std::vector<std::uint32_t> DescribeDrawn(VisTreeSpaceFillingLayout& layout)
+void CheckPlaced(Kind kind, VisTreeSpaceFillingLayout& layout)
+{
+    VisPreOrderWalk<VisDataTree> walk(layout.GetCurrentRoot());
+    while (const VisDataTree* const node = walk.Next()) {
+        const Cache* const cache = CacheOf(node);
+        if (!cache || cache->IsExpanded() == 0 || !IsModerate(*cache)) {
+            walk.SkipChildren();
+            continue;
+        }
+        const std::vector<const Cache*> children = ShownChildren(*node);
+        for (std::size_t i = 0; i < children.size(); ++i) {
+            CheckInside(*cache, *children[i]);
+            for (std::size_t j = 0; j < i; ++j)
+                CheckApart(*children[i], *children[j]);
+        }
+        const KUVMathPoint2Df& size = cache->GetSize();
+        const bool isLarge = size.x > 2.0F * ROUNDING && size.y > 2.0F * ROUNDING;
+        if (kind != Kind::Icicle && node->GetChildren().empty() && isLarge)
+            Require(layout.FindNodeAtPosition(cache->GetPos().x + size.x / 2.0F,
+                                              cache->GetPos().y + size.y / 2.0F) == node);
+    }
+}
+
+void CheckAligned(VisTreeSpaceFillingLayout& layout)
+{
+    using IcicleCache = VisIcicleLayout::VisIcicleLayoutCache;
+    long long end = -1;
+    VisPreOrderWalk<VisDataTree> walk(layout.GetCurrentRoot());
+    while (const VisDataTree* const node = walk.Next()) {
+        const auto* const cache = dynamic_cast<const IcicleCache*>(CacheOf(node));
+        if (!cache || !node->GetChildren().empty())
+            continue;
+        const long long own =
+            static_cast<long long>(cache->GetIcicleCursor()) + cache->GetIcicleColSpan();
+        Require(end < 0 || own == end);
+        end = own;
+    }
+}
+
+std::vector<std::uint32_t> DescribeDrawn(VisTreeSpaceFillingLayout& layout, bool views)
 {
     std::vector<std::uint32_t> result;
     VisPreOrderWalk<VisDataTree> walk(layout.GetTreeRoot());
@@ -233,18 +288,21 @@ std::vector<std::uint32_t> DescribeDrawn(VisTreeSpaceFillingLayout& layout)
         const Cache* const cache = CacheOf(node);
         if (!cache)
             continue;
-        for (const KUVMathPoint2Df& point :
-             {cache->GetPos(), cache->GetSize(), cache->GetComputedMinimumSize()}) {
+        const VisTreeSpaceFillingView* const view = cache->GetView();
+        result.push_back(cache->IsExpanded() + 2U * cache->IsDiscarded() + (view ? 4U : 0U));
+        // A hidden node keeps the rectangle in which it was shown last.
+        if (!view)
+            continue;
+        for (const KUVMathPoint2Df point : {cache->GetPos(), cache->GetSize()}) {
             result.push_back(BitsOf(point.x));
             result.push_back(BitsOf(point.y));
         }
-        const VisTreeSpaceFillingView* const view = cache->GetView();
+        if (!views)
+            continue;
+        result.push_back((view->IsBuilt() != 0 ? 1U : 0U) + (view->IsCropped() != 0 ? 2U : 0U) +
+                         (view->IsBright() != 0 ? 4U : 0U));
         const list<KUVRep>* const reps =
-            view && view->GetBagRep() ? view->GetBagRep()->GetChildren() : nullptr;
-        result.push_back(cache->IsExpanded() + 2U * cache->IsDiscarded() + (view ? 4U : 0U) +
-                         (view && view->IsBuilt() != 0 ? 8U : 0U) +
-                         (view && view->IsCropped() != 0 ? 16U : 0U) +
-                         (view && view->IsBright() != 0 ? 32U : 0U));
+            view->GetBagRep() ? view->GetBagRep()->GetChildren() : nullptr;
         result.push_back(static_cast<std::uint32_t>(reps ? reps->Count() : 0));
     }
     return result;

@@ -42,12 +42,19 @@ bool IsDrawn(Kind kind, const KUVMathPoint2Df& size, float scale);
 /// which the next one counts.
 bool IsRepeatable(Kind kind, VisTreeSpaceFillingLayout& layout);
 
-/// What a drawing that nobody disturbed leaves: flags and views fit each other. With `contained`
-/// children lie inside their parents, too.
-void CheckDrawn(Kind kind, VisTreeSpaceFillingLayout& layout, bool contained);
+/// What a drawing that nobody disturbed leaves: flags and views fit each other.
+void CheckDrawn(Kind kind, VisTreeSpaceFillingLayout& layout);
 
-/// Everything that a drawing leaves, for comparison bit by bit.
-std::vector<std::uint32_t> DescribeDrawn(VisTreeSpaceFillingLayout& layout);
+/// Children lie inside their parents and siblings apart, and the centre of a leaf hits it. For a
+/// drawing of moderate size, of values that add up, that was laid out anew.
+void CheckPlaced(Kind kind, VisTreeSpaceFillingLayout& layout);
+
+/// All leaves of a plot that was aligned end in the same column.
+void CheckAligned(VisTreeSpaceFillingLayout& layout);
+
+/// Flags of all nodes and rectangles of those that are shown, for comparison bit by bit; with
+/// `views` what the views say, too.
+std::vector<std::uint32_t> DescribeDrawn(VisTreeSpaceFillingLayout& layout, bool views);
 
 }  // namespace fuzz
 
