@@ -724,6 +724,20 @@ TEST(VisIcicleLayoutNavigation, ANodeThatDiesWhileTheRangeGrowsIsNotGoneTo)
     EXPECT_EQ(plot.layout->GetCurrentSelection(), nullptr);
 }
 
+TEST(VisIcicleLayoutNavigation, ANodeOfTheFormerTreeIsNotGoneToWhileTheRangeGrows)
+{
+    const Walked plot("w", WIDE_BETWEEN);
+    plot.layout->SetNLastNodes(1);
+    plot.layout->SetExtendWithKeys(1);
+    const trees::NodeRef other = trees::MakeNode("other");
+    const Listener listener(*plot.layout.Get(), [&](const std::string& event) {
+        if (event == "columns")
+            plot.layout->SetTreeRoot(other.Get());
+    });
+    EXPECT_EQ(plot.Key(LEFT), 0U);
+    EXPECT_EQ(plot.layout->GetCurrentSelection(), other.Get()) << "as the new tree brought it";
+}
+
 TEST(VisIcicleLayoutNavigation, ListenersThatNotifyWithoutEndAreCutOff)
 {
     const Walked plot("R", WIDE_BETWEEN);

@@ -225,7 +225,8 @@ VisDataTree* VisIcicleLayout::GoLeft(VisDataTree& selection, VisIcicleLayoutCach
     }
     const VisGuardedNode reached(next);
     SetNLastNodes(columns);
-    return reached.Get();
+    // It had a cache: without one a listener has shown another tree.
+    return IcicleCacheOf(reached.Get()) ? reached.Get() : nullptr;
 }
 
 void VisIcicleLayout::OnMouseSelection(VisDataTree* node)
