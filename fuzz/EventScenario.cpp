@@ -438,9 +438,11 @@ void EventScenario::Weigh()
     case 4:
         cache->SetShowLabel(bytes_.TakeFlag());
         break;
-    default:
-        node->UpdateMerge(bytes_.TakeFlag(), bytes_.TakeFlag());
+    default: {
+        const unsigned char merge = bytes_.TakeFlag();
+        node->UpdateMerge(merge, bytes_.TakeFlag());
         break;
+    }
     }
 }
 

@@ -2,7 +2,7 @@
 // hold is checked after every step of every scenario. The seed is fixed: a run that fails fails
 // again.
 //
-//   soak [EVENTS]
+//   soak [EVENTS [SEED]]
 
 #include "EventScenario.h"
 
@@ -56,7 +56,7 @@ int main(int argumentCount, char** arguments)
 {
     const std::size_t wanted =
         argumentCount > 1 ? std::strtoull(arguments[1], nullptr, 10) : std::size_t{1000000};
-    std::mt19937_64 random(20);
+    std::mt19937_64 random(argumentCount > 2 ? std::strtoull(arguments[2], nullptr, 10) : 20);
     std::array<Counts, fuzz::KINDS> counts;
     const auto start = std::chrono::steady_clock::now();
     std::size_t sent = 0;

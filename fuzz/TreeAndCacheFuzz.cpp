@@ -161,9 +161,11 @@ void Scenario::StepOfTree(unsigned int operation)
             node->Release();
         }
         break;
-    case 5:
-        node->UpdateMerge(bytes_.Take() % 2, bytes_.Take() % 2);
+    case 5: {
+        const unsigned char merge = bytes_.TakeFlag();
+        node->UpdateMerge(merge, bytes_.TakeFlag());
         break;
+    }
     case 6:
         node->SetIsMergeable(bytes_.Take() % 2);
         break;
