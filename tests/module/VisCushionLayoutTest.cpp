@@ -683,7 +683,8 @@ TEST(VisCushionLayout, EveryFailingAllocationLeavesALayoutThatCanDrawAgain)
             LayoutRef::Adopt(VisCushionLayout::CreateLayout(nullptr, root.Get(), bag.Get()));
         if (!layout)
             return;
-        for (const float width : {30.0f, 20.0f, 30.0f}) {
+        // Twice at the end: a drawing without memory for the picture changes nothing.
+        for (const float width : {30.0f, 20.0f, 30.0f, 30.0f}) {
             try {
                 layout->Draw({0.0f, 0.0f}, {width, 20.0f}, nullptr, 1.0f);
             } catch (const std::bad_alloc&) {
@@ -691,6 +692,11 @@ TEST(VisCushionLayout, EveryFailingAllocationLeavesALayoutThatCanDrawAgain)
             }
         }
         const std::unique_ptr<VisDataTree::VisDataTreeCache> clone(root->GetCache()->Clone());
+        const support::UncountedAllocations checks;
+        VisDataTree* const leaf = root->GetLastLeaf();
+        EXPECT_EQ(static_cast<Cache*>(root->GetCache())->GetSubtreeValue(), 9);
+        EXPECT_EQ(static_cast<Cache*>(leaf->GetCache())->GetSubtreeValue(), 1);
+        EXPECT_NEAR(static_cast<Cache*>(leaf->GetCache())->GetSize().x, 10.0f, 1e-4f);
     });
     EXPECT_GT(failures, 50U);
 }

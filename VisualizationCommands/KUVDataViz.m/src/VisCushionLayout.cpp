@@ -127,8 +127,11 @@ public:
         Append(root, cache);
         while (!levels_.empty())
             AppendChildren();
+        next_ = ahead_ = items_.begin();
+        for (int i = 0; i < DISTANCE; ++i)
+            FetchAhead();
     }
-    /// Stores what `TakeValue` was not asked for: the caches of nodes that count as computed are
+    /// Stores the values of what was not taken: the caches below nodes that count as computed are
     /// right from then on, also when a walk along the list ended early.
     ~CushionList()
     {
@@ -138,13 +141,6 @@ public:
     CushionList(const CushionList&) = delete;
     CushionList& operator=(const CushionList&) = delete;
 
-    /// Goes to the beginning.
-    void Rewind()
-    {
-        next_ = ahead_ = items_.begin();
-        for (int i = 0; i < DISTANCE; ++i)
-            FetchAhead();
-    }
     /// The next item, or null. Its value stands in its cache from now on.
     const Item* Take()
     {
@@ -227,8 +223,8 @@ private:
     bool isComputed_;
     // Grows without moving what it holds.
     std::deque<Item> items_;
-    std::deque<Item>::const_iterator next_ = items_.end();
-    std::deque<Item>::const_iterator ahead_ = items_.end();
+    std::deque<Item>::const_iterator next_;
+    std::deque<Item>::const_iterator ahead_;
     std::vector<Level> levels_;
 };
 
@@ -259,7 +255,6 @@ public:
     {
         const bool isComputed = cache.IsCushionComputed() != 0;
         CushionList items(root, cache, isComputed);
-        items.Rewind();
         Place place{mode, origin_, size, CushionGeometry::INITIAL_HEIGHT,
                     CushionGeometry::HEIGHT_FACTOR};
         Surface surface;
