@@ -252,14 +252,17 @@ public:
         for (;;) {
             if (OpenNextChild(open_.back()))
                 continue;
-            const Level level = open_.back();
+            Level& finished = open_.back();
+            // The plot goes from the last child to the first.
+            finished.order.Reverse();
+            finished.order.Note(*finished.cache);
+            const Level level = finished;
             Finish(level);
-            VisNoteChildOrder(*level.node, *level.cache, VisAxis::Y);
             open_.pop_back();
             const unsigned int columns = level.columns.span + level.largest;
             if (open_.empty())
                 return columns;
-            AddChild(open_.back(), *level.cache, columns);
+            AddChild(open_.back(), *level.node, *level.cache, columns);
         }
     }
 
@@ -280,6 +283,7 @@ private:
         bool hasPlotted = false;
         bool visible = false;
         int heightForChildren = NOT_CLIMBED;
+        VisChildOrderCheck order{VisAxis::Y};
     };
 
     /// Plots children, from the last to the first, until one has children itself and is opened.
@@ -290,8 +294,11 @@ private:
         while (level.left > 0) {
             VisDataTree* const child = children[--level.left];
             IcicleCache* const cache = IcicleCacheOf(child);
-            if (!cache)
+            if (!cache) {
+                if (VisCacheAccess::LayoutCacheOf(child))
+                    level.order.Break();
                 continue;
+            }
             if (!IcicleColumns::IsPlainLeaf(*child, *cache)) {
                 VisDataTree* leaf = nullptr;
                 if (plan_.request.IsLimited())
@@ -305,7 +312,7 @@ private:
             // A leaf sees itself.
             plotted.visible = plan_.request.nLastNodes > 0;
             Finish(plotted);
-            AddChild(level, *cache, plotted.columns.span);
+            AddChild(level, *child, *cache, plotted.columns.span);
         }
         return false;
     }
@@ -402,8 +409,10 @@ private:
         return heightFromAbove_;
     }
 
-    void AddChild(Level& level, const IcicleCache& child, unsigned int columns)
+    void AddChild(Level& level, const VisDataTree& node, const IcicleCache& child,
+                  unsigned int columns)
     {
+        level.order.Add(*level.node, node, child, child.GetPos(), child.GetSize());
         level.corner.y += 2.0f * plan_.stretch.y + child.GetSize().y;
         level.largest = std::max(level.largest, columns);
         const float x = child.GetPos().x;

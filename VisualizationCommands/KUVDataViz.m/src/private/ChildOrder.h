@@ -10,6 +10,8 @@
 
 #include "KUVStringsMath.h"
 
+#include <utility>
+
 enum class VisAxis : unsigned char { X, Y };
 
 inline float VisAlong(VisAxis axis, const KUVMathPoint2Df& point)
@@ -59,6 +61,9 @@ public:
         rises_ = falls_ = false;
         any_ = true;
     }
+
+    /// The children were added from the last to the first.
+    void Reverse() { std::swap(rises_, falls_); }
 
     /// Remembers in the parent's cache what was found.
     void Note(VisTreeSpaceFillingLayoutCache& parentCache) const
