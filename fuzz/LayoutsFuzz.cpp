@@ -175,6 +175,11 @@ void Scenario::Adopt(Open<Layout>* layout)
 
 void Scenario::MakeLayout()
 {
+    // A view borrows the textures of its layout: caches in which a layout made views end with it.
+    for (std::size_t i = 0; i < LOOSE; ++i) {
+        Detach(*loose_[i]);
+        loose_[i] = MakeLoose(i);
+    }
     layout_ = {};
     VisDataTree* const root = bytes_.Take() % 4 == 0 ? TakeNode() : nodes_[0].Get();
     if (kind_ == Kind::Icicle) {
