@@ -8,12 +8,13 @@ namespace dataviz {
 namespace {
 
 /// The plates of hover and selection stand one unit inside the node and differ in their fill.
-std::string_view PartOfImage(const KUV2DImagePixelRep& image, const KUVMathPoint2Df& corner)
+std::string_view PartOfImage(const KUV2DImagePixelRep& image, const KUVMathPoint2Df& corner,
+                             bool mayBeBackground)
 {
     constexpr int ICON_MODE = 2;
     if (image.GetMode() == ICON_MODE)
         return "icon";
-    if (image.GetLowerLeft().x == corner.x && image.GetLowerLeft().y == corner.y)
+    if (mayBeBackground && image.GetLowerLeft().x == corner.x && image.GetLowerLeft().y == corner.y)
         return "background";
     int width = 0;
     int height = 0;
@@ -37,7 +38,10 @@ ShownView ReadView(const VisTreeSpaceFillingView& view)
             if (polygon->IsFilled() != 0)
                 shown.polygon = polygon;
         } else if (const auto* const image = dynamic_cast<const KUV2DImagePixelRep*>(rep)) {
-            shown.parts.push_back(PartOfImage(*image, view.GetBuiltPosition()));
+            // Far from the origin one unit is lost in a float: a plate then stands where the
+            // background does, which comes first and was seen already.
+            const bool mayBeBackground = shown.polygon == nullptr && shown.texture == nullptr;
+            shown.parts.push_back(PartOfImage(*image, view.GetBuiltPosition(), mayBeBackground));
             if (shown.parts.back() == "background")
                 shown.texture = image;
         } else if (const auto* const text = dynamic_cast<const KUV2DAnnotationTextRep*>(rep)) {

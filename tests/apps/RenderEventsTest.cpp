@@ -86,6 +86,17 @@ TEST_F(RenderEvents, WriteTheHoveredPlatesAndTheSelectedFrameOfAnIciclePlot)
     EXPECT_EQ(picture["leafSelection"], nullptr);
 }
 
+TEST_F(RenderEvents, TellPlatesFromBackgroundsFarFromTheOrigin)
+{
+    // There a plate's distance of one unit from the edge is less than a float can hold.
+    const Json picture =
+        Played(R"([{"event":"draw","position":[3e8,3e8]},{"event":"highlight","node":3}])",
+               {"--layout", "icicle"});
+    EXPECT_EQ(picture["nodes"][3]["view"]["parts"], Json({"background", "hover", "label"}));
+    EXPECT_EQ(picture["nodes"][2]["view"]["parts"], Json({"background", "selected", "label"}));
+    EXPECT_EQ(picture["nodes"][2]["view"]["background"], "#ffffff");
+}
+
 TEST_F(RenderEvents, ReachAnIciclePlotThroughItsOwner)
 {
     const Json picture =
