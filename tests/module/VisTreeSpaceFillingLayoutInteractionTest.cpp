@@ -552,6 +552,35 @@ TEST(VisTreeSpaceFillingLayoutInteraction, DownEndsAtAMergedLeaf)
     EXPECT_EQ(s.layout->GetNodeViaNavigation(DOWN), s.d);
 }
 
+TEST(VisTreeSpaceFillingLayoutInteraction, DownStaysAwayFromALeafElsewhere)
+{
+    const Scene s;
+    s.layout->SetLeafSelectionTracking(0);
+    s.layout->SetCurrentSelection(s.a);
+    EXPECT_EQ(s.layout->GetCurrentLeafSelection(), s.d) << "the first leaf";
+    EXPECT_EQ(s.layout->GetNodeViaNavigation(DOWN), s.d);
+    const NodeRef below = MakeNode("below");
+    s.d->InsertChild(below.Get(), 1);
+    s.layout->SetCurrentSelection(s.d);
+    EXPECT_EQ(s.layout->GetNodeViaNavigation(DOWN), nullptr) << "the leaf is not below itself";
+    s.d->SetIsMerged(1);
+    s.layout->SetCurrentSelection(s.a);
+    EXPECT_EQ(s.layout->GetNodeViaNavigation(DOWN), nullptr) << "merged down to a leaf no longer";
+}
+
+TEST(VisTreeSpaceFillingLayoutInteraction, DownPassesThroughManyMergedLevelsInNoTime)
+{
+    VisDataTree* last = nullptr;
+    const NodeRef root = trees::MakeChain(trees::MANY_LEVELS, &last);
+    for (VisDataTree* node = last; node != root.Get(); node = node->GetParent())
+        node->SetIsMerged(1);
+    const auto layout = VisReference<Layout>::Adopt(new Layout(root.Get(), nullptr));
+    layout->SetCurrentSelection(root.Get());
+    ASSERT_EQ(layout->GetCurrentLeafSelection(), last);
+    EXPECT_EQ(layout->GetNodeViaNavigation(DOWN), last);
+    layout->SetTreeRoot(nullptr);
+}
+
 TEST(VisTreeSpaceFillingLayoutInteraction, PageKeysAreNotUsedWhenSwitchedOff)
 {
     const Scene s;

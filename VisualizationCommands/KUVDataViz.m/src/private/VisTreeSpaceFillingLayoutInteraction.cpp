@@ -154,12 +154,19 @@ private:
     VisChildOrder order_;
 };
 
-/// The child of `ancestor` on the way down to `node`, or null.
-VisDataTree* ChildTowards(const VisDataTree* ancestor, VisDataTree* node)
+/// The first node below `start` on the way down to `end` that is not merged or has no children;
+/// null when there is none, and when `end` is not below `start`.
+///
+/// Climbs once: a step from each merged node towards `end` would cost the square of the depth.
+VisDataTree* FirstShownTowards(const VisDataTree* start, VisDataTree* end)
 {
-    while (node && node->GetParent() != ancestor)
-        node = node->GetParent();
-    return node;
+    VisDataTree* found = nullptr;
+    VisDataTree* node = end;
+    for (; node && node != start; node = node->GetParent()) {
+        if (node->IsMerged() == 0 || node->GetChildren().empty())
+            found = node;
+    }
+    return node ? found : nullptr;
 }
 
 }  // namespace
@@ -407,13 +414,14 @@ VisDataTree* VisTreeSpaceFillingLayout::FindShownParent()
 VisDataTree* VisTreeSpaceFillingLayout::FindShownChild()
 {
     VisDataTree* node = GetCurrentSelection();
-    VisDataTree* const leaf = GetCurrentLeafSelection();
+    if (!node || node->GetChildren().empty())
+        return node;
+    if (VisDataTree* const leaf = GetCurrentLeafSelection())
+        return FirstShownTowards(node, leaf);
     // A merged node without children, which hosts are told not to leave, ends the walk as well.
-    while (node && !node->GetChildren().empty()) {
-        node = leaf ? ChildTowards(node, leaf) : node->GetChildren().front();
-        if (!node || node->IsMerged() == 0)
-            break;
-    }
+    do
+        node = node->GetChildren().front();
+    while (node->IsMerged() != 0 && !node->GetChildren().empty());
     return node;
 }
 
