@@ -5,6 +5,7 @@
 #include "private/CushionGeometry.h"
 #include "private/CushionPicture.h"
 #include "private/CushionRectangles.h"
+#include "private/HiddenBelow.h"
 #include "private/NodeTextures.h"
 #include "private/Reference.h"
 #include "private/SaturatingCast.h"
@@ -384,15 +385,6 @@ struct ComputedCushions {
     ComputedCushions& operator=(const ComputedCushions&) = delete;
 };
 
-/// Something shows below every ancestor of `node` from now on.
-void ShowsBelowAncestors(VisDataTree& node)
-{
-    for (VisDataTree* above = node.GetParent(); above; above = above->GetParent()) {
-        if (VisDataTree::VisDataTreeCache* const cache = above->GetCache())
-            VisCacheAccess::HiddenBelow(*cache) = 0;
-    }
-}
-
 struct FreePixels {
     void operator()(unsigned char* pixels) const { KUVFreePixels(pixels); }
 };
@@ -592,7 +584,7 @@ void VisCushionLayout::CushionTreemap(VisTreeMap_SliceDice mode, const KUVMathPo
     if (!pixels)
         return;
     CushionShading::Picture picture(width, height, scale);
-    ShowsBelowAncestors(*root);
+    VisClearHiddenFrom(root->GetParent());
     {
         const ComputedCushions computed;
         PictureMaker maker(*this, *cache, origin, scale, picture);

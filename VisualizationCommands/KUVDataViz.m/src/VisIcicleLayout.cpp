@@ -2,6 +2,7 @@
 
 #include "private/CacheAccess.h"
 #include "private/ChildOrder.h"
+#include "private/HiddenBelow.h"
 #include "private/IcicleAccess.h"
 #include "private/IcicleColumns.h"
 #include "private/IcicleGeometry.h"
@@ -41,15 +42,6 @@ using Children = std::vector<VisDataTree*>;
 constexpr unsigned int NODE_COLOUR = 0xFFFFFFFFU;
 
 IcicleCache* IcicleCacheOf(const VisDataTree* node) { return Access::CacheOf(node); }
-
-/// Something shows below every ancestor of `node` from now on.
-void ShowsBelowAncestors(VisDataTree& node)
-{
-    for (VisDataTree* above = node.GetParent(); above; above = above->GetParent()) {
-        if (VisDataTree::VisDataTreeCache* const cache = above->GetCache())
-            VisCacheAccess::HiddenBelow(*cache) = 0;
-    }
-}
 
 }  // namespace
 
@@ -593,7 +585,7 @@ unsigned int VisIcicleLayout::IciclePlot(const KUVMathPoint2Df& origin, const KU
     Plan plan = MakePlan(*root, *cache, origin, size,
                          {nLastNodes, relativeToMinDepth != 0, inlineLabels}, depth);
     plan.scale = scale;
-    ShowsBelowAncestors(*root);
+    VisClearHiddenFrom(root->GetParent());
     const Picture picture{origin, font, scale, inlineLabels};
     ViewMaker maker(*this, picture);
     return IcicleWalk<ViewMaker>(maker, plan).Run(*root, *cache, depth);

@@ -1,6 +1,7 @@
 #include "VisTreeMapLayout.h"
 
 #include "private/CacheAccess.h"
+#include "private/HiddenBelow.h"
 #include "private/Prefetch.h"
 #include "private/Reference.h"
 #include "private/SaturatingCast.h"
@@ -40,15 +41,6 @@ TreeMapCache* TreeMapCacheOf(const VisDataTree* node)
     if (!cache || VisCacheAccess::Kind(*cache) != VisCacheKind::TreeMap)
         return nullptr;
     return static_cast<TreeMapCache*>(cache);
-}
-
-/// Something shows below every ancestor of `node` from now on.
-void ShowsBelowAncestors(VisDataTree& node)
-{
-    for (VisDataTree* above = node.GetParent(); above; above = above->GetParent()) {
-        if (VisDataTree::VisDataTreeCache* const cache = above->GetCache())
-            VisCacheAccess::HiddenBelow(*cache) = 0;
-    }
 }
 
 bool IsChildless(const VisDataTree* node) { return !node || node->GetChildren().empty(); }
@@ -580,7 +572,7 @@ void VisTreeMapLayout::SliceAndDice(VisTreeMap_SliceDice mode, const KUVMathPoin
     if (!root)
         return;
     const Picture picture{root, origin, font, scale};
-    ShowsBelowAncestors(*root);
+    VisClearHiddenFrom(root->GetParent());
     ViewMaker maker(*this, picture);
     SliceAndDiceWalk<ViewMaker>(maker).Run(root, mode, {origin, size},
                                            static_cast<int>(root->ComputeDepth()));
@@ -595,7 +587,7 @@ void VisTreeMapLayout::LayoutChildrenInGrid(const KUVMathPoint2Df& origin,
     if (!cache)
         return;
     const Picture picture{root, origin, font, scale};
-    ShowsBelowAncestors(*root);
+    VisClearHiddenFrom(root->GetParent());
     const int depth = static_cast<int>(root->ComputeDepth());
     ShowNode(*cache, /*expanded=*/1);
     VisCacheAccess::SetPosition(*cache, origin);

@@ -7,6 +7,7 @@
 #include "VisTreeSpaceFillingView.h"
 #include "private/CacheAccess.h"
 #include "private/GuardedNode.h"
+#include "private/HiddenBelow.h"
 #include "private/Reference.h"
 #include "private/TreeAccess.h"
 #include "private/TreeWalk.h"
@@ -45,15 +46,6 @@ void SetHighlightStatus(const VisDataTree* node, unsigned char highlighted)
 {
     if (VisTreeSpaceFillingView* const view = ViewOf(node))
         view->SetHighlightStatus(highlighted);
-}
-
-/// Tells `node` and all above it that something below them may be shown.
-void ClearHiddenFrom(const VisDataTree* node)
-{
-    for (; node; node = node->GetParent()) {
-        if (VisTreeSpaceFillingLayoutCache* const cache = VisCacheAccess::LayoutCacheOf(node))
-            VisCacheAccess::HiddenBelow(*cache) = 0;
-    }
 }
 
 }  // namespace
@@ -313,7 +305,7 @@ void VisTreeSpaceFillingLayout::SetCurrentRoot(VisDataTree* node, unsigned char 
     }
     slots_->currentRoot.Set(root.Get());
     // What is drawn next does not hang below nodes that count as hidden.
-    ClearHiddenFrom(root.Get());
+    VisClearHiddenFrom(root.Get());
 
     const VisDataTree* const selection = slots_->selection.Get();
     const bool keepsSelection =
@@ -521,11 +513,11 @@ void VisTreeSpaceFillingLayout::ResetViewsBelow(VisDataTree& top,
                 VisCacheAccess::HiddenBelow(*below) = 1;
             // A cache that forgot its node tells nobody when it is shown again by an assignment.
             if (below->GetNode() != node)
-                ClearHiddenFrom(node->GetParent());
+                VisClearHiddenFrom(node->GetParent());
         }
     } catch (const std::bad_alloc&) {
         // The nodes above the place where the walk stopped are those not hidden as a whole.
-        ClearHiddenFrom(node);
+        VisClearHiddenFrom(node);
         throw;
     }
 }
