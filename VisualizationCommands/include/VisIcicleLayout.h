@@ -99,7 +99,7 @@ public:
     /// same column, and forgets cursors and sizes there. Gives the number of columns.
     ///
     /// `node` itself takes the columns by which its subtree is less deep than its parent's largest,
-    /// or one without parent. Costs the number of nodes below.
+    /// or one without parent. Costs the number of nodes below. Throws `std::bad_alloc`.
     int AlignIciclePlotLeaves(VisDataTree* node);
 
     /// Resets the cache of the tree root, if there is one: its span becomes 1, its cursor and its
@@ -124,7 +124,7 @@ public:
     void SetExtendWithKeys(unsigned char extend) { extendWithKeys_ = extend; }
 
     /// The page keys: 0x700000 shows one column fewer, 0x400000 one more, within what the current
-    /// root has. Any other code is ignored.
+    /// root has. Any other code is ignored. Throws `std::bad_alloc`.
     void ApplyPageUpPageDown(unsigned int code) override;
 
 protected:

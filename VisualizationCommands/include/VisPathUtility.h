@@ -6,7 +6,7 @@
 // Nothing is kept between calls and nothing is thrown. Paths keep the lock state in which they are
 // handed over, and those that are only read keep their cursor.
 //
-// A product identifier is the text by which a product object is known in every session. Lists of
+// A product identifier is the text by which a product object is known wherever it is open. Lists of
 // them begin with the outermost level. By such a list a path goes from one scene to another that
 // shows the same product.
 

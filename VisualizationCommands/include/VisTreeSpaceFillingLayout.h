@@ -37,8 +37,8 @@ struct VisTreeSpaceFillingLayoutCachedTextures;
 /// the layout then stays silent until the outermost one has ended. Without a callback manager
 /// nothing is dispatched.
 ///
-/// `SetTreeRoot`, `SetCurrentRoot`, `ReplaceLastCurrentTreeRoots` and the drawing throw
-/// `std::bad_alloc` when memory runs out and leave the layout usable.
+/// `SetTreeRoot`, `SetCurrentRoot`, `ReplaceLastCurrentTreeRoots`, `FindNodeAtPosition` and the
+/// drawing throw `std::bad_alloc` when memory runs out and leave the layout usable.
 class VIS_EXPORT VisTreeSpaceFillingLayout : public KUVCommand {
     KUV_DECLARE_CLASS
 public:
