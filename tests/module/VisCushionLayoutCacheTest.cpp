@@ -4,6 +4,7 @@
 
 #include "module/CushionFixture.h"
 
+#include "private/CacheAccess.h"
 #include "private/CushionRectangles.h"
 
 #include "support/LiveInstances.h"
@@ -159,6 +160,19 @@ TEST(VisCushionLayoutCache, SettingAnotherModeStoresIt)
     const auto five = static_cast<VisTreeMap_SliceDice>(5);
     cache.SetLastModeOfComputedMinimumExpandedSize(five);
     EXPECT_EQ(cache.GetLastModeOfComputedMinimumExpandedSize(), five);
+}
+
+TEST(VisCushionLayoutCache, AnotherModeForgetsTheMinimumSizeAndTheSameKeepsIt)
+{
+    Cache cache(nullptr);
+    cache.SetLastModeOfComputedMinimumExpandedSize(STACKED);
+    VisCacheAccess::SetComputedMinimumSize(cache, {3.0f, 4.0f});
+    cache.SetLastModeOfComputedMinimumExpandedSize(STACKED);
+    EXPECT_EQ(cache.GetComputedMinimumSize().x, 3.0f);
+    EXPECT_EQ(cache.GetComputedMinimumSize().y, 4.0f);
+    cache.SetLastModeOfComputedMinimumExpandedSize(VisTreeMap_SideBySide);
+    EXPECT_EQ(cache.GetComputedMinimumSize().x, -1.0f);
+    EXPECT_EQ(cache.GetComputedMinimumSize().y, -1.0f);
 }
 
 // ---- value setters

@@ -1,6 +1,7 @@
 #include "VisIcicleLayout.h"
 
 #include "IcicleFixture.h"
+#include "ViewFixture.h"
 #include "VirtualSlots.h"
 #include "core/PixelMemory.h"
 
@@ -13,10 +14,12 @@
 
 #include <cmath>
 #include <iostream>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <new>
 #include <string>
+#include <vector>
 
 using icicles::BagRef;
 using icicles::Cache;
@@ -27,6 +30,9 @@ using icicles::NOT_COMPUTED;
 using icicles::OpenLayout;
 using icicles::Plot;
 using icicles::SHALLOW_AND_DEEP;
+using viewreading::Bytes;
+using viewreading::ColourOf;
+using viewreading::Find;
 
 namespace {
 
@@ -34,6 +40,18 @@ const support::WatchedClass watchCaches("VisIcicleLayoutCache", [] {
     const Cache sample(nullptr);
     return support::VirtualTableOf(sample);
 });
+
+const KUV2DBagRep* BagOf(const Plot& plot, const char* label)
+{
+    return plot.Of(label)->GetView()->GetBagRep();
+}
+
+std::string ShownLabel(const VisDataTree* node)
+{
+    const auto* const rep =
+        Find<KUV2DAnnotationTextRep>(CacheOf(node)->GetView()->GetBagRep(), "label");
+    return rep ? rep->GetText().GetUtf8() : "none";
+}
 
 }  // namespace
 
@@ -409,13 +427,94 @@ TEST(VisIcicleLayout, LabelsShowWhereTheFlagSaysSo)
     const Plot plot(SHALLOW_AND_DEEP);
     plot.Of("A")->SetShowLabel(1);
     plot.Draw(1000.0f, 1000.0f);
-    const auto labelOf = [&plot](const char* label) {
-        const auto* const rep = viewreading::Find<KUV2DAnnotationTextRep>(
-            plot.Of(label)->GetView()->GetBagRep(), "label");
-        return rep ? std::string(rep->GetText().GetUtf8()) : std::string("none");
+    EXPECT_EQ(ShownLabel(plot.Node("A")), "A");
+    EXPECT_EQ(ShownLabel(plot.Node("B")), "");
+}
+
+TEST(VisIcicleLayout, BackgroundsAreOpaqueWhiteAndLabelsStandInTheMiddle)
+{
+    const Plot plot(SHALLOW_AND_DEEP);
+    plot.ShowLabels();
+    plot.Node("B")->SetIsLeafObject(1);
+    plot.Draw();
+    const auto* const fill = Find<KUV2DPolygonRep>(BagOf(plot, "A"), "fill");
+    const auto* const label = Find<KUV2DAnnotationTextRep>(BagOf(plot, "A"), "label");
+    const auto* const leafLabel = Find<KUV2DAnnotationTextRep>(BagOf(plot, "B"), "label");
+    ASSERT_TRUE(fill && label && leafLabel);
+    EXPECT_EQ(ColourOf(*fill), (Bytes{255, 255, 255, 255}));
+    EXPECT_EQ(static_cast<int>(label->GetAnchor()), 4);
+    EXPECT_EQ(ColourOf(*label), (Bytes{0, 0, 0, 255}));
+    EXPECT_EQ(ColourOf(*leafLabel), (Bytes{119, 121, 124, 255})) << "a leaf object's";
+}
+
+TEST(VisIcicleLayout, LabelsAreThoseOfTheNodesWithoutValuesAndFitTheirRectangles)
+{
+    const Plot plot(SHALLOW_AND_DEEP);
+    plot.ShowLabels();
+    plot.Of("A")->SetSizeValue(5);
+    plot.Of("A")->SetColorValue(7);
+    plot.Of("A")->SetResizeWithValue(1);
+    plot.Of("A")->SetColorWithValue(1);
+    VisDataTree* const wordy = plot.Node("B");
+    wordy->SetLabel("a label that is far too long for two columns");
+    plot.Draw();
+    EXPECT_EQ(ShownLabel(plot.Node("A")), "A");
+    EXPECT_EQ(plot.Of("A")->GetView()->IsCropped(), 0);
+    EXPECT_EQ(CacheOf(wordy)->GetView()->IsCropped(), 1);
+    EXPECT_LT(ShownLabel(wordy).size(), 30U);
+}
+
+TEST(VisIcicleLayout, IconsStandAboveTheLabelExceptNearTheLeavesAndWhereLabelsAreInline)
+{
+    struct Icons {
+        Icons() { core::SetImageBackend(std::make_shared<viewtest::IconBackend>(16, 16)); }
+        ~Icons() { core::SetImageBackend(nullptr); }
     };
-    EXPECT_EQ(labelOf("A"), "A");
-    EXPECT_EQ(labelOf("B"), "");
+    const Icons icons;
+    const Plot plot({"R", {{"A", {{"a"}}}, {"B"}}});
+    plot.ShowLabels();
+    for (const char* const label : {"R", "A", "a"})
+        plot.Node(label)->SetIconName("I_VisPart.png");
+    plot.layout->AlignIciclePlotLeaves(nullptr);
+
+    const auto fromTheLeft = [&plot](const char* label) {
+        const auto* const icon = Find<KUV2DImagePixelRep>(BagOf(plot, label), "icon");
+        return icon ? icon->GetLowerLeft().x - plot.Of(label)->GetPos().x : -1.0f;
+    };
+    plot.DrawLast(NO_LIMIT);
+    EXPECT_EQ(fromTheLeft("R"), 96.0f / 2.0f - 8.0f) << "three levels";
+    EXPECT_EQ(fromTheLeft("A"), 2.0f);
+    EXPECT_EQ(fromTheLeft("a"), 2.0f);
+    EXPECT_EQ(fromTheLeft("B"), -1.0f) << "without an icon";
+    plot.DrawLast(NO_LIMIT, /*relative=*/0, /*inlineLabels=*/1);
+    EXPECT_EQ(fromTheLeft("R"), 2.0f);
+}
+
+TEST(VisIcicleLayout, WhatNoLongerShowsIsCleanedAndComesBack)
+{
+    const Plot plot(SHALLOW_AND_DEEP);
+    plot.ShowLabels();
+    plot.layout->AlignIciclePlotLeaves(nullptr);
+    plot.DrawLast(NO_LIMIT);
+    EXPECT_EQ(plot.Roles("A"), "fill label");
+    plot.DrawLast(1);
+    EXPECT_EQ(plot.Roles("A"), "");
+    EXPECT_EQ(plot.Roles("B"), "fill label");
+    plot.DrawLast(NO_LIMIT);
+    EXPECT_EQ(plot.Roles("A"), "fill label");
+}
+
+TEST(VisIcicleLayout, EveryViewHangsBelowTheBagOnceWithLastChildrenFirst)
+{
+    const Plot plot(SHALLOW_AND_DEEP);
+    for (int i = 0; i < 2; ++i) {
+        plot.Draw();
+        const std::vector<const KUVRep*> children = viewreading::ChildrenOf(plot.bag.Get());
+        const char* const order[] = {"R", "C", "c", "B", "A", "a2", "a1"};
+        ASSERT_EQ(children.size(), std::size(order));
+        for (std::size_t k = 0; k < children.size(); ++k)
+            EXPECT_EQ(children[k], BagOf(plot, order[k])) << order[k];
+    }
 }
 
 // ---- current root
