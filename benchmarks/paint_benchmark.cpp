@@ -1,11 +1,14 @@
 // Painting and measuring on fixed inputs. The label font is the system's sans-serif font.
 
 #include "KUV2D.h"
+#include "TreeShapes.h"
+#include "VisTreeMapLayout.h"
 #include "VisTreeSpaceFillingView.h"
 #include "core/MeasuringFont.h"
 #include "paint/PaintSession.h"
 #include "paint/Picture.h"
 #include "paint/PngWriter.h"
+#include "private/Reference.h"
 
 #include <benchmark/benchmark.h>
 
@@ -88,6 +91,35 @@ void PaintScene(benchmark::State& state, int count, bool labels, paint::PictureF
     state.counters["bytes"] = static_cast<double>(size);
     state.counters["boxes/s"] = benchmark::Counter(static_cast<double>(count),
                                                    benchmark::Counter::kIsIterationInvariantRate);
+}
+
+/// A tree map of 100,000 nodes, all of them visible with their labels, as SVG. Process time: the
+/// goal is half a second.
+void PaintTreeMapAsSvg(benchmark::State& state, shapes::Shape shape)
+{
+    using Map = VisReference<VisTreeMapLayout>;
+    constexpr std::size_t NODES = 100000;
+    const HeldFont font = MakeFont();
+    const auto root = VisReference<VisDataTree>::Adopt(shapes::MakeTree(shape, NODES));
+    const auto bag = VisReference<KUV2DBagRep>::Adopt(KUV2DBagRep::CreateRep());
+    const Map map = Map::Adopt(VisTreeMapLayout::CreateLayout(nullptr, root.Get(), bag.Get()));
+    auto& cache = static_cast<VisTreeMapLayout::VisTreeMapLayoutCache&>(*root->GetCache());
+    const KUVMathPoint2Df size = cache.ComputeMinimumExpandedSize(VisTreeMap_Stacked);
+    map->Draw({0.0f, 0.0f}, size, font.get(), 1.0f);
+    paint::PictureOptions options;
+    options.width = static_cast<int>(size.x);
+    options.height = static_cast<int>(size.y);
+    std::string bytes;
+    while (state.KeepRunning()) {
+        bytes.clear();
+        const std::string problem =
+            paint::PaintPicture(*bag.Get(), options, paint::PictureFormat::Svg, bytes);
+        if (!problem.empty())
+            state.SkipWithError(problem.c_str());
+    }
+    state.counters["bytes"] = static_cast<double>(bytes.size());
+    state.counters["views"] = bag->GetChildren()->Count();
+    map->SetTreeRoot(nullptr);
 }
 
 /// 4000 x 3000 pixels of a picture with 10,000 labelled boxes, through our writer; `ratio` is the
@@ -196,6 +228,15 @@ BENCHMARK_CAPTURE(PaintScene, Boxes100kSvg, 100000, false, PictureFormat::Svg)
 BENCHMARK_CAPTURE(PaintScene, Boxes100kPdf, 100000, false, PictureFormat::Pdf)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
+BENCHMARK_CAPTURE(PaintScene, Labels100kSvg, 100000, true, PictureFormat::Svg)
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime();
+BENCHMARK_CAPTURE(PaintTreeMapAsSvg, Balanced100k, shapes::Shape::Balanced)
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime();
+BENCHMARK_CAPTURE(PaintTreeMapAsSvg, Assembly100k, shapes::Shape::Assembly)
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime();
 BENCHMARK_CAPTURE(PaintScene, Labels10kPng, 10000, true, PictureFormat::Png)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();

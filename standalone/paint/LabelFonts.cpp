@@ -103,8 +103,25 @@ double LabelFonts::InkHeight(char32_t character)
     return entry->second;
 }
 
+/// Most labels of a large picture are short for want of room, and many of those alike.
+double LabelFonts::WidthOf(const LabelFont& font, const QString& shown)
+{
+    constexpr qsizetype MOST_WIDTHS = 10000;
+    if (widthsOf_ != &font || widths_.size() >= MOST_WIDTHS)
+        widths_.clear();
+    widthsOf_ = &font;
+    const auto known = widths_.constFind(shown);
+    if (known != widths_.cend())
+        return known.value();
+    return *widths_.insert(shown, font.metrics.horizontalAdvance(shown));
+}
+
 int LabelFonts::AccentShift(const LabelFont& font, const QString& shown)
 {
+    const bool isPlain = std::all_of(shown.cbegin(), shown.cend(),
+                                     [](QChar character) { return character.unicode() < 0x80; });
+    if (isPlain)
+        return 0;
     double highest = 0.0;
     for (const char32_t character : shown.toStdU32String()) {
         if (character >= 0x80)
@@ -120,7 +137,7 @@ TextPlacement LabelFonts::Place(const PlacedText& text)
     const LabelFont& font = AtSize(text.size);
     TextPlacement placed;
     placed.shown = ShownText(*text.text);
-    placed.width = font.metrics.horizontalAdvance(placed.shown);
+    placed.width = WidthOf(font, placed.shown);
 
     const int column = text.anchor % 3;
     const int row = text.anchor / 3;

@@ -6,6 +6,7 @@
 
 #include <QFont>
 #include <QFontMetricsF>
+#include <QHash>
 #include <QString>
 
 #include <map>
@@ -78,12 +79,16 @@ public:
 private:
     LabelFont Make(int em, double height);
     double InkHeight(char32_t character);
+    double WidthOf(const LabelFont& font, const QString& shown);
 
     QFont base_;
     bool hasFont_ = false;
     std::map<float, LabelFont> bySize_;
     /// Height of the ink above the baseline as a fraction of the em, by character.
     std::unordered_map<char32_t, double> inkHeights_;
+    /// The widths of the texts placed last, all in one font.
+    QHash<QString, double> widths_;
+    const LabelFont* widthsOf_ = nullptr;
 };
 
 }  // namespace paint
