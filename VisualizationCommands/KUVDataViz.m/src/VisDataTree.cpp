@@ -2,6 +2,7 @@
 
 #include "private/CacheAccess.h"
 #include "private/GuardedNode.h"
+#include "private/Prefetch.h"
 #include "private/SaturatingCast.h"
 #include "private/TreeAccess.h"
 #include "private/TreeEpoch.h"
@@ -80,13 +81,20 @@ unsigned int CountSubtree(Node* root, MemoOf memoOf, Remember remember)
         Level& level = levels.back();
         const auto& children = level.node->GetChildren();
         if (level.next < children.size()) {
+            VisPrefetchNode(children, level.next);
             Node* const child = children[level.next++];
             if (!child)
                 continue;
-            if (memoOf(child) != NOT_COMPUTED)
-                level.sum = Count::Add(level.sum, memoOf(child));
-            else
+            unsigned int result = memoOf(child);
+            if (result == NOT_COMPUTED && !child->GetChildren().empty()) {
                 levels.push_back({child, 0, Count::EMPTY});
+                continue;
+            }
+            if (result == NOT_COMPUTED) {
+                result = Count::Finish(*child, Count::EMPTY);
+                remember(child, result);
+            }
+            level.sum = Count::Add(level.sum, result);
             continue;
         }
         const unsigned int result = Count::Finish(*level.node, level.sum);
@@ -288,8 +296,9 @@ private:
                 outer.pop_back();
                 continue;
             }
+            VisPrefetchChild(children, level.next);
             VisDataTree* const child = children[level.next++];
-            if (!child || !Call(child->GetCache(), level.value))
+            if (!child || !Call(child->GetCache(), level.value) || child->GetChildren().empty())
                 continue;
             if (level.next < level.node->GetChildren().size())
                 outer.push_back(level);

@@ -226,6 +226,7 @@ struct TreeMapSizes {
         const VisDataTree* pending = nullptr;
         std::size_t next = sum.next;
         while (next < children.size() && !pending) {
+            VisPrefetchChild(children, next);
             const VisDataTree* const child = children[next++];
             TreeMapCache* const cache = TreeMapCacheOf(child);
             if (!cache)
@@ -400,6 +401,7 @@ public:
                 open_.pop_back();
                 continue;
             }
+            VisPrefetchChild(children, parent.next);
             VisDataTree* const child = children[parent.next++];
             TreeMapCache* const cache = TreeMapCacheOf(child);
             if (parent.cursor.IsEqual()) {
@@ -604,12 +606,11 @@ void VisTreeMapLayout::FillGrid(VisDataTree& root, const Picture& picture, int d
     const TreeMapGeometry::Grid grid =
         TreeMapGeometry::MakeGrid({picture.origin, rootCache.GetSize()});
     VisCacheAccess::ChildOrder(rootCache) = VisChildOrder::Unknown;
-    const VisChildPrefetch ahead(children);
     std::size_t next = 0;
     KUVMathPoint2Df corner = grid.corner;
     for (int row = 0; row < grid.rows && next < children.size(); ++row) {
         for (int column = 0; column < grid.columns && next < children.size(); ++column) {
-            ahead.Advance(next);
+            VisPrefetchChild(children, next);
             // A child without cache leaves its cell empty.
             if (VisTreeMapLayoutCache* const cache = TreeMapCacheOf(children[next])) {
                 ShowNode(*cache, IsChildless(children[next]) ? 1 : 0);

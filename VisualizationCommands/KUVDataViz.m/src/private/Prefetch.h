@@ -12,27 +12,24 @@
 /// Asks for the memory at `address`, which may be anything, null included.
 inline void VisPrefetch(const void* address) { __builtin_prefetch(address); }
 
-/// Asks for the nodes and the caches of children that a loop reaches soon.
-class VisChildPrefetch {
-public:
-    explicit VisChildPrefetch(const std::vector<VisDataTree*>& children) : children_(children) {}
+/// Asks for a node that a loop which is at child `at` reaches soon.
+inline void VisPrefetchNode(const std::vector<VisDataTree*>& children, std::size_t at)
+{
+    constexpr std::size_t AHEAD = 12;
+    if (at + AHEAD < children.size())
+        VisPrefetch(children[at + AHEAD]);
+}
 
-    /// The loop is at child `at`.
-    void Advance(std::size_t at) const
-    {
-        if (at + NODES_AHEAD < children_.size())
-            VisPrefetch(children_[at + NODES_AHEAD]);
-        if (at + CACHES_AHEAD < children_.size()) {
-            if (const VisDataTree* const child = children_[at + CACHES_AHEAD])
-                VisPrefetch(child->GetCache());
-        }
+/// The same for a loop that reads the children's caches, too.
+inline void VisPrefetchChild(const std::vector<VisDataTree*>& children, std::size_t at)
+{
+    // By then the node itself has come.
+    constexpr std::size_t AHEAD = 6;
+    VisPrefetchNode(children, at);
+    if (at + AHEAD < children.size()) {
+        if (const VisDataTree* const child = children[at + AHEAD])
+            VisPrefetch(child->GetCache());
     }
-
-private:
-    static constexpr std::size_t NODES_AHEAD = 12;
-    static constexpr std::size_t CACHES_AHEAD = 6;
-
-    const std::vector<VisDataTree*>& children_;
-};
+}
 
 #endif

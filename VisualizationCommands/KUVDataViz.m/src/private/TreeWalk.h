@@ -5,6 +5,7 @@
 // wrong.
 
 #include "VisDataTree.h"
+#include "private/Prefetch.h"
 
 #include <cstddef>
 #include <vector>
@@ -59,7 +60,9 @@ private:
     {
         for (;;) {
             while (HasMore(level_)) {
-                if (Node* const child = level_.node->GetChildren()[level_.next++])
+                const auto& children = level_.node->GetChildren();
+                VisPrefetchChild(children, level_.next);
+                if (Node* const child = children[level_.next++])
                     return child;
             }
             if (outer_.empty())
