@@ -87,14 +87,19 @@
     return width >= wholeWidth - 2 * UNIT - 1 && height >= wholeHeight - 2 * UNIT - 1;
   }
 
-  /** The picture's marks give way to the page's own. */
+  /**
+   * The picture's marks give way to the page's own. Images that are used in many groups are kept where no zoom takes them
+   * away with the group that uses them first.
+   */
   function readGroup(node) {
     for (const piece of [...node.group.children]) {
-      if (isMark(piece, node.background)) {
+      if (piece.tagName === "defs") {
+        svg.prepend(piece);
+      } else if (isMark(piece, node.background)) {
         piece.remove();
       } else if (piece.tagName === "text") {
         node.text = piece;
-      } else if (!node.background && piece.tagName !== "clipPath" && piece.tagName !== "defs") {
+      } else if (!node.background && piece.tagName !== "clipPath") {
         node.background = piece;
       }
     }

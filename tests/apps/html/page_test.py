@@ -716,6 +716,31 @@ class TallPicture(PageTest):
         self.assertGreater(print_pdf(self.browser).count(b"/Type /Page\n"), 1)
 
 
+class ModelIcicle(PageTest):
+    name, words, tree = "model_icicle", (str(PROJECT / "examples/example.step"), "--layout", "icicle", "--size", "fit"), None
+
+    def icons(self):
+        """How many icons show, and how many there are."""
+        return self.run_script(
+            "const icons = [...document.querySelectorAll('[role=treeitem] use, [role=treeitem] image')]"
+            ".filter(icon => getComputedStyle(icon).visibility !== 'hidden');"
+            "return [icons.filter(icon => icon.getBoundingClientRect().width > 0).length, icons.length]"
+        )
+
+    def test_icons_show_in_the_zoom_and_after_it(self):
+        before = self.icons()
+        self.assertGreater(before[0], 150)
+        self.assertEqual(before[0], before[1])
+        for name in ("Frame", "Pump", "Gears"):
+            self.focus(name)
+            self.press(Keys.ENTER)
+            self.assertEqual(self.crumbs()[-1], name)
+            shown, some = self.icons()
+            self.assertEqual((shown, some), (len(self.shown()),) * 2, "an icon each")
+            self.run_script("document.getElementById('reset').click()")
+            self.assertEqual(self.icons(), before)
+
+
 class Model(PageTest):
     name, words, tree = "model", (str(PROJECT / "examples/example.step"),), None
 
