@@ -100,20 +100,22 @@ std::string CheckNumbers(const RawRender& raw, RenderOptions& options)
     return problem;
 }
 
-/// An option that the layout cannot use is an error: it would be left without effect in silence.
+/// An option that the layout cannot use has no effect, so that the same options can be given for
+/// every layout; the program says so. Only a size that the layout cannot tell is an error.
 std::string CheckLayoutOptions(const RawRender& raw, RenderOptions& options,
                                const CLI::App& command)
 {
     for (const char* const option :
          {"--no-align", "--last-columns", "--inline-labels", "--relative-to-min-depth"}) {
         if (command.count(option) != 0 && options.layout != "icicle")
-            return std::string(option) + " needs --layout icicle";
+            options.withoutEffect.emplace_back(std::string(option) +
+                                               " has no effect without --layout icicle");
     }
     if (options.fitSize && options.layout != "icicle")
         return "--size fit needs --layout icicle";
     options.isColorIndexGiven = command.count("--color-index") != 0;
     if (options.isColorIndexGiven && options.layout != "cushion")
-        return "--color-index needs --layout cushion";
+        options.withoutEffect.emplace_back("--color-index has no effect without --layout cushion");
     if (raw.lastColumns)
         options.lastColumns = static_cast<std::uint32_t>(*raw.lastColumns);
     return {};

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <variant>
+#include <vector>
 
 namespace dataviz {
 
@@ -45,6 +46,8 @@ struct RenderOptions {
     bool relativeToMinDepth = false;
     std::string colorIndex = "product";  ///< cushion of a model only
     bool isColorIndexGiven = false;
+    /// What to say of options that the layout cannot use, one line each.
+    std::vector<std::string> withoutEffect;
     std::string events;     ///< a file to play before the picture is written; may be empty
     float deviceScale = 1;  ///< of the viewer that delivers the events
     ModelOptions model;

@@ -123,7 +123,9 @@ void RunRender(const RenderOptions& options, const std::string& outputFile, Work
     picture.Draw(font.get());
     if (const std::optional<std::string> remark = picture.TooSmall())
         channel.Say(*remark);
-    if (options.isColorIndexGiven && !tree.IsModel())
+    for (const std::string& remark : options.withoutEffect)
+        channel.Say(remark);
+    if (options.isColorIndexGiven && options.layout == "cushion" && !tree.IsModel())
         channel.Say("--color-index is for models: a tree file brings colours of its own");
     if (!script.Events().empty()) {
         picture.Play(script.Events(),

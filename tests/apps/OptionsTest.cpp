@@ -138,20 +138,24 @@ TEST(Options, TakeTheOptionsOfTheIcicle)
               0xFFFFFFFFU);
 }
 
-TEST(Options, RefuseOptionsThatTheLayoutCannotUse)
+TEST(Options, TellOfOptionsThatTheLayoutCannotUse)
 {
     for (const char* const layout : {"treemap", "cushion"}) {
-        for (const char* const option : {"--no-align", "--last-columns=2", "--inline-labels",
-                                         "--relative-to-min-depth", "--size=fit"}) {
+        for (const char* const option :
+             {"--no-align", "--last-columns=2", "--inline-labels", "--relative-to-min-depth"}) {
             const std::string name = std::string(option).substr(0, std::string(option).find("=2"));
-            const std::string shown = name == "--size=fit" ? "--size fit" : name;
-            EXPECT_EQ(UsageError({"render", "in", "-o", "a.png", "--layout", layout, option}),
-                      shown + " needs --layout icicle");
+            EXPECT_EQ(Render({"in", "-o", "a.png", "--layout", layout, option}).withoutEffect,
+                      std::vector<std::string>{name + " has no effect without --layout icicle"});
+            EXPECT_TRUE(
+                Render({"in", "-o", "a.png", "--layout", "icicle", option}).withoutEffect.empty());
         }
+        EXPECT_EQ(UsageError({"render", "in", "-o", "a.png", "--layout", layout, "--size=fit"}),
+                  "--size fit needs --layout icicle");
     }
-    EXPECT_EQ(UsageError({"render", "in", "-o", "a.png", "--color-index", "kind"}),
-              "--color-index needs --layout cushion");
-    EXPECT_EQ(Render({"in", "-o", "a.png", "--layout", "cushion", "--no-labels"}).noLabels, true)
+    EXPECT_EQ(Render({"in", "-o", "a.png", "--color-index", "kind"}).withoutEffect,
+              std::vector<std::string>{"--color-index has no effect without --layout cushion"});
+    EXPECT_TRUE(
+        Render({"in", "-o", "a.png", "--layout", "cushion", "--no-labels"}).withoutEffect.empty())
         << "only the icicle reads it, and it may be given all the same";
 }
 

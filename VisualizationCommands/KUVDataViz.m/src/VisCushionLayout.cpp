@@ -233,11 +233,11 @@ private:
 
 /// A node to lay out: how it was cut from its parent and what it inherits.
 struct Place {
-    VisTreeMap_SliceDice mode;
+    VisTreeMap_SliceDice mode = VisTreeMap_SideBySide;
     KUVMathPoint2Df position;
     KUVMathPoint2Df size;
-    float height;
-    float factor;
+    float height = 0.0f;
+    float factor = 0.0f;
 };
 
 /// Visits the nodes that a drawing shows, a node before its children, and stores the geometry of
@@ -273,13 +273,13 @@ public:
 private:
     /// A node whose children are being laid out.
     struct Opened {
-        const Item* item;
-        unsigned int remaining;
-        LocalRectangle rectangle;
+        const Item* item = nullptr;
+        unsigned int remaining = 0;
+        LocalRectangle rectangle = {};
         Strips strips;
-        VisTreeMap_SliceDice childMode;
-        float childHeight;
-        float factor;
+        VisTreeMap_SliceDice childMode = VisTreeMap_SideBySide;
+        float childHeight = 0.0f;
+        float factor = 0.0f;
         Surface surface;
         VisChildOrderCheck order;
         typename Maker::Cover cover;

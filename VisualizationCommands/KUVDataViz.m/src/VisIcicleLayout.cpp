@@ -89,6 +89,8 @@ VisIcicleLayout::VisIcicleLayoutCache::VisIcicleLayoutCache(VisIcicleLayoutCache
 VisIcicleLayout::VisIcicleLayoutCache&
 VisIcicleLayout::VisIcicleLayoutCache::operator=(VisIcicleLayoutCache& other)
 {
+    if (this == &other)
+        return *this;
     VisTreeSpaceFillingLayoutCache::operator=(other);
     colSpan_ = other.colSpan_;
     cursor_ = other.cursor_;
@@ -263,12 +265,12 @@ private:
 
     /// A node whose children are being plotted.
     struct Level {
-        VisDataTree* node;
-        IcicleCache* cache;
-        std::size_t left;
+        VisDataTree* node = nullptr;
+        IcicleCache* cache = nullptr;
+        std::size_t left = 0;
         /// Where the next child stands.
         KUVMathPoint2Df corner;
-        VisDataTree* leaf;
+        VisDataTree* leaf = nullptr;
         Columns columns;
         unsigned int largest = 0;
         float leftmost = 0.0f;

@@ -37,9 +37,9 @@ PixelBox PixelsOf(const CushionGeometry::LocalRectangle& rectangle, int width, i
 
 /// A part of the image with one surface and one colour (0x00RRGGBB).
 struct Patch {
-    PixelBox box;
+    PixelBox box = {};
     CushionGeometry::Surface surface;
-    unsigned int colour;
+    unsigned int colour = 0;
 };
 
 /// Makes the pixels of `box`, which lies within the canvas, white.

@@ -197,7 +197,8 @@ VIS_AVX2 inline void ShadeRow(unsigned char* to, const Columns& columns, const R
 VIS_AVX2 void ShadeRows(const Canvas& canvas, const Patch& patch, const PixelBox& box)
 {
     const Tints tints = TintsOf(patch.colour);
-    Columns columns;
+    // Not cleared: as much as is read is computed below.
+    Columns columns;  // NOLINT(cppcoreguidelines-pro-type-member-init)
     for (int first = box.left; first <= box.right; first += columns.count) {
         ComputeColumns(columns, patch.surface.x, first, std::min(box.right - first + 1, TILE));
         for (int y = box.bottom; y <= box.top; ++y)

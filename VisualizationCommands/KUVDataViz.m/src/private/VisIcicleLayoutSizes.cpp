@@ -312,16 +312,16 @@ private:
 
     /// A node whose children are being measured.
     struct Level {
-        CacheType* cache;
-        VisDataTree* node;
-        std::size_t next;
+        CacheType* cache = nullptr;
+        VisDataTree* node = nullptr;
+        std::size_t next = 0;
         ChildSizes sizes;
         Columns columns;
-        unsigned int end;
+        unsigned int end = 0;
         LeafEnd leaf;
-        bool visible;
-        int heightFromAbove;
-        int heightForChildren;
+        bool visible = false;
+        int heightFromAbove = 0;
+        int heightForChildren = 0;
     };
 
     /// Whether the size is there; else the node was opened.
