@@ -276,7 +276,7 @@ private:
         const Item* item = nullptr;
         unsigned int remaining = 0;
         LocalRectangle rectangle = {};
-        Strips strips;
+        Strips strips = Strips({}, 0);
         VisTreeMap_SliceDice childMode = VisTreeMap_SideBySide;
         float childHeight = 0.0f;
         float factor = 0.0f;
