@@ -7,6 +7,7 @@
 #include "private/CushionRectangles.h"
 #include "private/HiddenBelow.h"
 #include "private/NodeTextures.h"
+#include "private/Prefetch.h"
 #include "private/Reference.h"
 #include "private/SaturatingCast.h"
 #include "private/TreeEpoch.h"
@@ -182,6 +183,7 @@ private:
         Level level = levels_.back();
         const std::vector<VisDataTree*>& children = level.node->GetChildren();
         while (level.next < children.size() && levels_.size() == depth) {
+            VisPrefetchChild(children, level.next);
             VisDataTree* const child = children[level.next++];
             CushionCache* const cache = CushionCacheOf(child);
             if (!cache) {

@@ -12,12 +12,17 @@
 /// Asks for the memory at `address`, which may be anything, null included.
 inline void VisPrefetch(const void* address) { __builtin_prefetch(address); }
 
-/// Asks for a node that a loop which is at child `at` reaches soon.
+/// Asks for a node that a loop which is at child `at` reaches soon: for the links that walks read,
+/// which stand behind its texts and may lie across two lines.
 inline void VisPrefetchNode(const std::vector<VisDataTree*>& children, std::size_t at)
 {
     constexpr std::size_t AHEAD = 12;
-    if (at + AHEAD < children.size())
-        VisPrefetch(children[at + AHEAD]);
+    constexpr std::size_t BEHIND_CHILDREN = 48;
+    if (at + AHEAD >= children.size() || !children[at + AHEAD])
+        return;
+    const auto* const links = &children[at + AHEAD]->GetChildren();
+    VisPrefetch(links);
+    VisPrefetch(reinterpret_cast<const char*>(links) + BEHIND_CHILDREN);
 }
 
 /// The same for a loop that reads the children's caches, too.
