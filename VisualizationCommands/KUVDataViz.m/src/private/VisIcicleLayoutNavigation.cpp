@@ -4,6 +4,7 @@
 #include "IcicleAccess.h"
 #include "IcicleColumns.h"
 #include "IcicleGeometry.h"
+#include "KeyCodes.h"
 #include "Reference.h"
 
 #include "VisDataTree.h"
@@ -20,13 +21,6 @@ using IcicleGeometry::NO_LIMIT;
 using IcicleCache = VisIcicleLayout::VisIcicleLayoutCache;
 
 namespace {
-
-constexpr unsigned int KEY_UP = 0x800000;
-constexpr unsigned int KEY_LEFT = 0x900000;
-constexpr unsigned int KEY_DOWN = 0xA00000;
-constexpr unsigned int KEY_RIGHT = 0xB00000;
-constexpr unsigned int KEY_MORE_COLUMNS = 0x400000;
-constexpr unsigned int KEY_FEWER_COLUMNS = 0x700000;
 
 IcicleCache* IcicleCacheOf(const VisDataTree* node) { return VisIcicleAccess::CacheOf(node); }
 
@@ -249,7 +243,7 @@ void VisIcicleLayout::SetNLastNodes(unsigned int nLastNodes)
     if (nLastNodes < former)
         MoveSelectionAmongLast();
     VisIcicleLayoutON_SET_NLAST_NODESEvt notification(
-        former, nLastNodes, former > nLastNodes ? KEY_FEWER_COLUMNS : KEY_MORE_COLUMNS);
+        former, nLastNodes, former > nLastNodes ? KEY_PAGE_FEWER : KEY_PAGE_MORE);
     Dispatch(ON_SET_NLAST_NODES(), &notification);
 }
 
@@ -286,12 +280,12 @@ void VisIcicleLayout::ApplyPageUpPageDown(unsigned int code)
         limit = root->ComputeMaxDepth();
 
     unsigned int columns = nLastNodes_;
-    if (code == KEY_FEWER_COLUMNS) {
+    if (code == KEY_PAGE_FEWER) {
         if (root && columns >= limit)
             columns = limit - 1;
         else if (columns > 1)
             --columns;
-    } else if (code == KEY_MORE_COLUMNS) {
+    } else if (code == KEY_PAGE_MORE) {
         if (root && GetTreeRoot() && columns < limit)
             ++columns;
     }

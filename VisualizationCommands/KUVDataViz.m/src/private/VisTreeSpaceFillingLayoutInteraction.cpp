@@ -4,6 +4,7 @@
 #include "private/CacheAccess.h"
 #include "private/ChildOrder.h"
 #include "private/GuardedNode.h"
+#include "private/KeyCodes.h"
 #include "private/Reference.h"
 
 #include "KUVEvents.h"
@@ -20,13 +21,6 @@ constexpr int RIGHT_BUTTON = 3;
 constexpr int LEFT_BUTTON_ALONE = 1;
 constexpr int RIGHT_BUTTON_ALONE = 4;
 
-constexpr unsigned int KEY_UNZOOM = 0x100000;
-constexpr unsigned int KEY_NEXT_LEAF = 0x800000;
-constexpr unsigned int KEY_TO_PARENT = 0x900000;
-constexpr unsigned int KEY_PREVIOUS_LEAF = 0xA00000;
-constexpr unsigned int KEY_TO_CHILD = 0xB00000;
-constexpr unsigned int KEY_PAGE_MORE = 0x400000;
-constexpr unsigned int KEY_PAGE_FEWER = 0x700000;
 constexpr int KEY_IS_DOWN = 1;
 
 constexpr unsigned int USED = 0;
@@ -344,10 +338,10 @@ unsigned int VisTreeSpaceFillingLayout::UseKey(const KUVKeybdEvent& event)
     switch (key) {
     case KEY_UNZOOM:
         return down && Unzoom() != 0 ? USED : NOT_USED;
-    case KEY_NEXT_LEAF:
-    case KEY_TO_PARENT:
-    case KEY_PREVIOUS_LEAF:
-    case KEY_TO_CHILD:
+    case KEY_UP:
+    case KEY_LEFT:
+    case KEY_DOWN:
+    case KEY_RIGHT:
         if (down)
             SetCurrentSelection(GetNodeViaNavigation(key));
         return USED;
@@ -371,13 +365,13 @@ unsigned int VisTreeSpaceFillingLayout::IMEKeyboardAction(KUVIMEKeybdEvent* /*ev
 VisDataTree* VisTreeSpaceFillingLayout::GetNodeViaNavigation(unsigned int key)
 {
     switch (key) {
-    case KEY_NEXT_LEAF:
+    case KEY_UP:
         return FindLeafBeside(/*forward=*/true);
-    case KEY_PREVIOUS_LEAF:
+    case KEY_DOWN:
         return FindLeafBeside(/*forward=*/false);
-    case KEY_TO_PARENT:
+    case KEY_LEFT:
         return FindShownParent();
-    case KEY_TO_CHILD:
+    case KEY_RIGHT:
         return FindShownChild();
     default:
         return nullptr;
